@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Each subcommand of vinora-cli takes the words after its name and returns the exit code:
+// 0 done, 1 stopped, 2 failed (with the error text already on stderr).
+using CliArgs = std::vector<std::string>;
+
+int CliSettings(const CliArgs& args);

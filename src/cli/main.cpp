@@ -1,0 +1,50 @@
+#include "cli/Commands.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+namespace {
+
+struct CliCommand {
+    const char* name;
+    int (*run)(const CliArgs&);
+    const char* usage;
+};
+
+const CliCommand kCommands[] = {
+    {"settings", CliSettings,
+     "settings get SECTION KEY [DEFAULT] | settings set SECTION KEY VALUE |\n"
+     "                    settings delete SECTION KEY"},
+};
+
+void PrintHelp(FILE* out)
+{
+    std::fprintf(out, "Usage: vinora-cli COMMAND [ARGS...]\n\n"
+                      "Vinora Records Vinyl to CD Converter, without windows.\n\n"
+                      "Commands:\n");
+    for (const CliCommand& command : kCommands)
+        std::fprintf(out, "  %s\n", command.usage);
+    std::fprintf(out, "\nExit codes: 0 done, 1 stopped, 2 failed.\n");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 2) {
+        PrintHelp(stderr);
+        return 2;
+    }
+    const std::string name = argv[1];
+    if (name == "--help" || name == "-h" || name == "help") {
+        PrintHelp(stdout);
+        return 0;
+    }
+    for (const CliCommand& command : kCommands) {
+        if (name == command.name)
+            return command.run(CliArgs(argv + 2, argv + argc));
+    }
+    std::fprintf(stderr, "vinora-cli: unknown command \"%s\" (see vinora-cli --help)\n", argv[1]);
+    return 2;
+}

@@ -1,0 +1,83 @@
+#include "support/TempHome.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <sys/wait.h>
+
+namespace {
+
+void Remember(const char* name, std::string& value, bool& had)
+{
+    const char* current = std::getenv(name);
+    had = current != nullptr;
+    if (had)
+        value = current;
+}
+
+void Restore(const char* name, const std::string& value, bool had)
+{
+    if (had)
+        setenv(name, value.c_str(), 1);
+    else
+        unsetenv(name);
+}
+
+} // namespace
+
+TempHome::TempHome()
+{
+    std::string pattern = (std::filesystem::temp_directory_path() / "vinora-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data()))
+        throw std::runtime_error("cannot create a temporary home");
+    root_ = pattern;
+    std::filesystem::create_directories(ConfigHome());
+    std::filesystem::create_directories(DataHome());
+    Remember("HOME", oldHome_, hadHome_);
+    Remember("XDG_CONFIG_HOME", oldConfig_, hadConfig_);
+    Remember("XDG_DATA_HOME", oldData_, hadData_);
+    setenv("HOME", root_.c_str(), 1);
+    setenv("XDG_CONFIG_HOME", ConfigHome().c_str(), 1);
+    setenv("XDG_DATA_HOME", DataHome().c_str(), 1);
+}
+
+TempHome::~TempHome()
+{
+    Restore("HOME", oldHome_, hadHome_);
+    Restore("XDG_CONFIG_HOME", oldConfig_, hadConfig_);
+    Restore("XDG_DATA_HOME", oldData_, hadData_);
+    std::error_code ignored;
+    std::filesystem::remove_all(root_, ignored);
+}
+
+std::string RunCommand(const std::string& command, int* status)
+{
+    std::string output;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) {
+        if (status)
+            *status = -1;
+        return output;
+    }
+    std::array<char, 4096> buffer;
+    size_t got;
+    while ((got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
+        output.append(buffer.data(), got);
+    const int raw = pclose(pipe);
+    if (status)
+        *status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return output;
+}
+
+std::string ShellQuote(const std::string& text)
+{
+    std::string quoted = "'";
+    for (char c : text) {
+        if (c == '\'')
+            quoted += "'\\''";
+        else
+            quoted += c;
+    }
+    return quoted + "'";
+}

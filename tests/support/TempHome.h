@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+// A private home folder for one test: creates a fresh temporary folder and points HOME,
+// XDG_CONFIG_HOME and XDG_DATA_HOME into it; restores the old values and removes the folder
+// when destroyed.
+class TempHome {
+public:
+    TempHome();
+    ~TempHome();
+    TempHome(const TempHome&) = delete;
+    TempHome& operator=(const TempHome&) = delete;
+
+    const std::filesystem::path& Path() const { return root_; }
+    std::filesystem::path ConfigHome() const { return root_ / ".config"; }
+    std::filesystem::path DataHome() const { return root_ / ".local/share"; }
+
+private:
+    std::filesystem::path root_;
+    std::string oldHome_, oldConfig_, oldData_;
+    bool hadHome_ = false, hadConfig_ = false, hadData_ = false;
+};
+
+// Runs a shell command and returns its standard output; the exit status goes to *status.
+std::string RunCommand(const std::string& command, int* status = nullptr);
+
+// Quotes a string for /bin/sh.
+std::string ShellQuote(const std::string& text);
