@@ -1,0 +1,118 @@
+#include "platform/FileOps.h"
+
+#include "platform/File.h"
+#include "platform/Paths.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::size_t kCopyChunk = 8192;
+// How long a copy waits for another program to finish writing either file.
+constexpr uint32_t kCopyLockWaitMs = 500;
+
+bool SameFile(const char* a, const char* b) {
+    struct stat infoA, infoB;
+    return stat(a, &infoA) == 0 && stat(b, &infoB) == 0 && infoA.st_dev == infoB.st_dev &&
+           infoA.st_ino == infoB.st_ino;
+}
+
+// Copies, then removes the source; used when a rename cannot cross file systems.
+bool CopyAndRemove(const char* from, const char* to) {
+    struct stat info;
+    if (stat(from, &info) != 0) return false;
+    if (!CopyFile(from, to)) {
+        unlink(to);
+        return false;
+    }
+    chmod(to, info.st_mode & 07777);
+    return unlink(from) == 0;
+}
+
+} // namespace
+
+bool AppendFile(const char* path, const void* data, std::size_t length, uint32_t waitMs) {
+    LFile file(_OpenAppendAlways(path, waitMs));
+    return file.IsOpen() && file.Write(data, length);
+}
+
+bool LoadFile(const char* path, std::vector<uint8_t>& data, uint32_t waitMs) {
+    LFile file(_OpenRead(path, waitMs));
+    if (!file.IsOpen()) return false;
+    const int64_t size = file.GetSize();
+    if (size < 0) return false;
+    data.resize(static_cast<std::size_t>(size));
+    const ssize_t got = file.Read(data.data(), data.size());
+    if (got < 0) return false;
+    data.resize(static_cast<std::size_t>(got));
+    return true;
+}
+
+bool SaveFile(const char* path, const void* data, std::size_t length, uint32_t waitMs) {
+    LFile file(_OpenWrite(path, waitMs));
+    return file.IsOpen() && file.Write(data, length);
+}
+
+bool CopyFile(const char* from, const char* to) {
+    if (SameFile(from, to)) return false;
+    LFile source(_OpenRead(from, kCopyLockWaitMs));
+    if (!source.IsOpen()) return false;
+    LFile target(_OpenWrite(to, kCopyLockWaitMs));
+    if (!target.IsOpen()) return false;
+    char chunk[kCopyChunk];
+    for (;;) {
+        const ssize_t got = source.Read(chunk, sizeof chunk);
+        if (got < 0) return false;
+        if (got == 0) break;
+        if (!target.Write(chunk, static_cast<std::size_t>(got))) return false;
+    }
+    fchmod(target.GetFd(), 0777);
+    return true;
+}
+
+bool MoveFile(const char* from, const char* to) {
+    if (std::rename(from, to) == 0) return true;
+    return errno == EXDEV && CopyAndRemove(from, to);
+}
+
+bool TestFolderWritable(const char* folder) {
+    char path[kPathBufferSize];
+    _MakeFilePath(path, folder, "__wt");
+    const int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd < 0) return false;
+    close(fd);
+    unlink(path);
+    return true;
+}
+
+bool GetTempFile(const char* folder, char* out, const char* ext) {
+    char path[kPathBufferSize];
+    _MakeFilePath(path, folder, "0XXXXXX", ext);
+    const int fd = mkostemps(path, static_cast<int>(std::strlen(ext)), O_CLOEXEC);
+    if (fd < 0) {
+        out[0] = '\0';
+        return false;
+    }
+    fchmod(fd, 0666);
+    close(fd);
+    std::memcpy(out, path, kPathBufferSize);
+    return true;
+}
+
+time_t GetFileModifiedTime(const char* path) {
+    struct stat info;
+    return stat(path, &info) == 0 ? info.st_mtime : -1;
+}
+
+time_t GetFileCreateTime(const char* path) {
+    struct statx info;
+    if (statx(AT_FDCWD, path, 0, STATX_BTIME, &info) != 0 || !(info.stx_mask & STATX_BTIME))
+        return -1;
+    return static_cast<time_t>(info.stx_btime.tv_sec);
+}
