@@ -1,0 +1,51 @@
+#include "platform/Settings.h"
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string Cli(const std::string& arguments, int* status) {
+    return RunCommand(std::string(VINORA_CLI) + " settings " + arguments + " 2>/dev/null", status);
+}
+
+} // namespace
+
+TEST(SettingsCli, SeesWritesOfAnotherProcessAtOnce) {
+    TempHome home;
+    int status = -1;
+    ASSERT_TRUE(LUserSettingSetString("OutputFormat", "OutputFolder", "/srv/Vinyl Rips"));
+    EXPECT_EQ(Cli("get OutputFormat OutputFolder", &status), "/srv/Vinyl Rips\n");
+    EXPECT_EQ(status, 0);
+
+    Cli("set Settings/ SplitTime " + ShellQuote("4"), &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(LUserSettingGet<int>("Settings", "SplitTime", 0), 4);
+
+    Cli("delete OutputFormat OutputFolder", &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(LUserSettingGetString("OutputFormat", "OutputFolder", "default"), "default");
+    EXPECT_EQ(Cli("get OutputFormat OutputFolder " + ShellQuote("the default"), &status),
+              "the default\n");
+    EXPECT_EQ(status, 0);
+}
+
+TEST(SettingsCli, BadUsageFailsWithoutWriting) {
+    TempHome home;
+    for (const char* arguments : {"", "get", "get Section", "set Section Key", "delete Section",
+                                  "get A B C D", "rename A B"}) {
+        int status = -1;
+        const std::string output = Cli(arguments, &status);
+        EXPECT_EQ(status, 2) << arguments;
+        EXPECT_EQ(output, "") << arguments;
+    }
+    int status = -1;
+    Cli("set Settings Key " + std::string(300, 'v'), &status);
+    EXPECT_EQ(status, 2);
+    EXPECT_FALSE(std::filesystem::exists(GetUserSettingsFilePath()));
+
+    const std::string error =
+        RunCommand(std::string(VINORA_CLI) + " settings get Section 2>&1", &status);
+    EXPECT_NE(error.find("usage: vinora-cli settings get SECTION KEY [DEFAULT]"), std::string::npos)
+        << error;
+}
