@@ -127,16 +127,3 @@ TEST_F(FileOps, GetTempFileMakesUniqueFilesWithTheExtension) {
     EXPECT_FALSE(GetTempFile(PathOf("missing").c_str(), path, ".wav"));
     EXPECT_STREQ(path, "");
 }
-
-TEST_F(FileOps, FileTimes) {
-    const std::string path = PathOf("timed.wav");
-    ASSERT_TRUE(SaveFile(path.c_str(), "x", 1, 0));
-    const time_t now = time(nullptr);
-    EXPECT_NEAR(static_cast<double>(GetFileModifiedTime(path.c_str())), now, 5);
-    const time_t created = GetFileCreateTime(path.c_str());
-    if (created != -1) {
-        EXPECT_NEAR(static_cast<double>(created), now, 5);
-    }
-    EXPECT_EQ(GetFileModifiedTime(PathOf("missing").c_str()), -1);
-    EXPECT_EQ(GetFileCreateTime(PathOf("missing").c_str()), -1);
-}

@@ -108,16 +108,6 @@ TEST_F(Settings, DeleteRestoresTheDefault) {
     EXPECT_EQ(FileText().find("Step"), std::string::npos);
 }
 
-TEST_F(Settings, EachHomeHasItsOwnSettings) {
-    ASSERT_TRUE(LUserSettingSetString("Settings", "Who", "first"));
-    {
-        TempHome other;
-        EXPECT_EQ(Get("Settings", "Who"), "-");
-        ASSERT_TRUE(LUserSettingSetString("Settings", "Who", "second"));
-    }
-    EXPECT_EQ(Get("Settings", "Who"), "first");
-}
-
 TEST_F(Settings, ReadsAFileChangedBehindItsBack) {
     ASSERT_TRUE(LUserSettingSetString("Settings", "Edited", "before"));
     EXPECT_EQ(Get("Settings", "Edited"), "before");
