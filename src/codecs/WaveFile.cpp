@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr int kMaxSampleRate = 196000;
-
 LSoundSource ErrorSource(uint8_t error) {
     return LSoundSource(new LSoundSourceError(error));
 }
@@ -29,7 +27,7 @@ LSoundSource LWaveFile::OpenSource(const char* path) {
     if (uint8_t error = reader.ReadFormat(format); error != sndErrNone) return ErrorSource(error);
     if (uint8_t error = reader.FindData(dataBytes); error != sndErrNone) return ErrorSource(error);
     if (format.nChannels < 1 || format.nChannels > 255 || format.nSamplesPerSec < 1 ||
-        format.nSamplesPerSec > kMaxSampleRate)
+        format.nSamplesPerSec > kWaveMaxSampleRate)
         return ErrorSource(sndErrFormat);
 
     const int rate = static_cast<int>(format.nSamplesPerSec);

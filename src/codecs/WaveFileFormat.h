@@ -20,6 +20,8 @@ static_assert(sizeof(WAVEFORMATEX) == 18);
 inline constexpr uint16_t kWaveFormatPCM = 1;
 inline constexpr uint16_t kWaveFormatIMAADPCM = 17;
 inline constexpr uint16_t kWaveFormatGSM610 = 49;
+// The highest sample rate a wave file may have to be read.
+inline constexpr uint32_t kWaveMaxSampleRate = 196000;
 
 // A wave format record: the format, up to 1006 extra format bytes and two trailing fields that
 // are kept but not interpreted. Stored as 1028 little-endian bytes in "WavCodec.wff", the
