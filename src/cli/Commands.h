@@ -8,3 +8,4 @@
 using CliArgs = std::vector<std::string>;
 
 int CliSettings(const CliArgs& args);
+int CliInfo(const CliArgs& args);

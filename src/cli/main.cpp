@@ -16,6 +16,7 @@ const CliCommand kCommands[] = {
     {"settings", CliSettings,
      "settings get SECTION KEY [DEFAULT] | settings set SECTION KEY VALUE |\n"
      "                    settings delete SECTION KEY"},
+    {"info", CliInfo, "info FILE"},
 };
 
 void PrintHelp(FILE* out)
