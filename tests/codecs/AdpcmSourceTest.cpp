@@ -27,7 +27,7 @@ protected:
         const std::filesystem::path path = home_.Path() / name;
         WriteFileBytes(path, RiffBuilder()
                                  .Format(17, 1, 8000, 4, blockAlign, 20)
-                                 .ChunkWithSize("data", sizeField, data)
+                                 .Chunk("data", data, sizeField)
                                  .Bytes());
         return path;
     }
@@ -89,16 +89,6 @@ TEST_F(AdpcmSourceTest, LengthCountsAPartialLastBlock) {
     const std::filesystem::path open =
         WriteIma("open.wav", 256, 0xFFFFFFFF, std::vector<uint8_t>(512));
     EXPECT_EQ(LWaveFile::OpenSource(open.c_str())->GetEndSample(), 1010);
-}
-
-TEST_F(AdpcmSourceTest, BlockHeaderSetsTheFirstSampleAndTheStep) {
-    // Predictor 1000, step index 100 (read as 88, step 32767); codes 7 then 0xF.
-    const std::filesystem::path path = WriteIma("header.wav", 5, 5, {0xE8, 0x03, 100, 0, 0xF7});
-    LSoundSource source = LWaveFile::OpenSource(path.c_str());
-    EXPECT_EQ(source->GetEndSample(), 3);
-    const int afterUp = 32767; // 1000 + 32767 clamps at the top
-    const int afterDown = afterUp - (32767 >> 3) - 32767 - (32767 >> 1) - (32767 >> 2);
-    EXPECT_EQ(ReadFrames(source, 3), (std::vector<int>{1000 * 16, afterUp * 16, afterDown * 16}));
 }
 
 TEST_F(AdpcmSourceTest, RefusesStereoAndImpossibleBlocks) {

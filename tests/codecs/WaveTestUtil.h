@@ -6,12 +6,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
-// Helpers for the codec tests: building RIFF files byte by byte, reading whole files and
-// sources, and asking outside tools (sox, ffprobe) about a file.
+// Helpers for the codec tests: RIFF files put together byte by byte, whole files and sources
+// read at once, and what outside tools (sox, ffprobe) make of a file.
 
 inline std::vector<uint8_t> ReadFileBytes(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
@@ -19,128 +18,102 @@ inline std::vector<uint8_t> ReadFileBytes(const std::filesystem::path& path) {
 }
 
 inline void WriteFileBytes(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()),
-              static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
 }
 
-inline uint32_t LE32At(const std::vector<uint8_t>& bytes, size_t offset) {
-    return bytes[offset] | (bytes[offset + 1] << 8) | (bytes[offset + 2] << 16) |
-           (static_cast<uint32_t>(bytes[offset + 3]) << 24);
+// A 32-bit field, little- or big-endian.
+inline uint32_t Field32(const std::vector<uint8_t>& bytes, size_t at, bool bigEndian = false) {
+    uint32_t value = 0;
+    for (int i = 0; i < 4; ++i)
+        value |= uint32_t{bytes[at + i]} << (bigEndian ? 24 - 8 * i : 8 * i);
+    return value;
 }
 
-inline uint32_t BE32At(const std::vector<uint8_t>& bytes, size_t offset) {
-    return (static_cast<uint32_t>(bytes[offset]) << 24) | (bytes[offset + 1] << 16) |
-           (bytes[offset + 2] << 8) | bytes[offset + 3];
+inline void AppendLE(std::vector<uint8_t>& bytes, uint32_t value, int width) {
+    for (int i = 0; i < width; ++i)
+        bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
 }
 
-// A RIFF file put together chunk by chunk; odd chunks get their pad byte.
+// A RIFF WAVE file put together chunk by chunk; odd chunks get their pad byte.
 class RiffBuilder {
 public:
-    explicit RiffBuilder(const char* form = "WAVE") { Append(form, 4); }
-
-    RiffBuilder& Chunk(const char* id, const std::vector<uint8_t>& data) {
-        return ChunkWithSize(id, static_cast<uint32_t>(data.size()), data);
-    }
-    // A chunk whose size field says `size`, whatever the data holds.
-    RiffBuilder& ChunkWithSize(const char* id, uint32_t size, const std::vector<uint8_t>& data) {
-        Append(id, 4);
-        Put32(size);
+    // A chunk whose size field says `size` (by default the data's), whatever the data holds.
+    RiffBuilder& Chunk(const char* id, const std::vector<uint8_t>& data, int64_t size = -1) {
+        body_.insert(body_.end(), id, id + 4);
+        AppendLE(body_, size < 0 ? uint32_t(data.size()) : uint32_t(size), 4);
         body_.insert(body_.end(), data.begin(), data.end());
         if (data.size() % 2) body_.push_back(0);
         return *this;
     }
-    // A "fmt " chunk of `size` bytes (at least 16).
+    // A "fmt " chunk of `size` bytes; the block align defaults to whole bytes per frame.
     RiffBuilder& Format(uint16_t tag, uint16_t channels, uint32_t rate, uint16_t bits,
                         uint16_t blockAlign = 0, uint32_t size = 16) {
-        if (blockAlign == 0) blockAlign = static_cast<uint16_t>(channels * ((bits + 7) / 8));
-        std::vector<uint8_t> fmt(size, 0);
-        Set16(fmt, 0, tag);
-        Set16(fmt, 2, channels);
-        Set32(fmt, 4, rate);
-        Set32(fmt, 8, rate * blockAlign);
-        Set16(fmt, 12, blockAlign);
-        Set16(fmt, 14, bits);
+        if (blockAlign == 0) blockAlign = uint16_t(channels * ((bits + 7) / 8));
+        std::vector<uint8_t> fmt;
+        AppendLE(fmt, tag, 2);
+        AppendLE(fmt, channels, 2);
+        AppendLE(fmt, rate, 4);
+        AppendLE(fmt, rate * blockAlign, 4);
+        AppendLE(fmt, blockAlign, 2);
+        AppendLE(fmt, bits, 2);
+        fmt.resize(size, 0);
         return Chunk("fmt ", fmt);
     }
     std::vector<uint8_t> Bytes() const {
         std::vector<uint8_t> out = {'R', 'I', 'F', 'F'};
-        const uint32_t size = static_cast<uint32_t>(body_.size());
-        for (int i = 0; i < 4; ++i)
-            out.push_back(static_cast<uint8_t>(size >> (8 * i)));
+        AppendLE(out, uint32_t(body_.size()), 4);
         out.insert(out.end(), body_.begin(), body_.end());
         return out;
     }
 
-    static void Set16(std::vector<uint8_t>& v, size_t at, uint16_t x) {
-        v[at] = static_cast<uint8_t>(x);
-        v[at + 1] = static_cast<uint8_t>(x >> 8);
-    }
-    static void Set32(std::vector<uint8_t>& v, size_t at, uint32_t x) {
-        for (int i = 0; i < 4; ++i)
-            v[at + i] = static_cast<uint8_t>(x >> (8 * i));
-    }
-
 private:
-    void Append(const char* text, size_t n) { body_.insert(body_.end(), text, text + n); }
-    void Put32(uint32_t x) {
-        for (int i = 0; i < 4; ++i)
-            body_.push_back(static_cast<uint8_t>(x >> (8 * i)));
-    }
-    std::vector<uint8_t> body_;
+    std::vector<uint8_t> body_ = {'W', 'A', 'V', 'E'};
 };
 
-// 16-bit little-endian samples as chunk data.
-inline std::vector<uint8_t> Pcm16Bytes(std::initializer_list<int> samples) {
+inline std::vector<uint8_t> Pcm16Bytes(const std::vector<int>& samples) {
     std::vector<uint8_t> out;
-    for (int s : samples) {
-        out.push_back(static_cast<uint8_t>(s));
-        out.push_back(static_cast<uint8_t>(s >> 8));
-    }
+    for (int s : samples)
+        AppendLE(out, uint32_t(s), 2);
     return out;
 }
 
 // Reads `frames` frames from the source's current position, in blocks of at most 8,192.
 inline std::vector<int> ReadFrames(const LSoundSource& source, int frames) {
-    std::vector<int> out(static_cast<size_t>(frames) * source->GetChannels());
-    for (int done = 0; done < frames;) {
-        const int block = std::min(frames - done, 8192);
-        source->Read(out.data() + static_cast<size_t>(done) * source->GetChannels(), block);
-        done += block;
-    }
+    std::vector<int> out(size_t(frames) * source->GetChannels());
+    for (int done = 0; done < frames; done += 8192)
+        source->Read(out.data() + size_t(done) * source->GetChannels(),
+                     std::min(frames - done, 8192));
     return out;
 }
 
-// The file's samples as sox decodes them, in the internal scale (32-bit from sox, shifted
+// The file's samples as sox decodes them, in the internal scale (sox's 32-bit samples shifted
 // down to 16 units per 16-bit step).
 inline std::vector<int> SoxSamples(const std::filesystem::path& path) {
     int status = 0;
     const std::string raw = RunCommand(
         "sox " + ShellQuote(path.string()) + " -t s32 -e signed -L - 2>/dev/null", &status);
     std::vector<int> out;
-    if (status != 0) return out;
-    for (size_t i = 0; i + 4 <= raw.size(); i += 4) {
-        uint32_t u = 0;
-        for (int b = 0; b < 4; ++b)
-            u |= static_cast<uint32_t>(static_cast<uint8_t>(raw[i + b])) << (8 * b);
-        out.push_back(static_cast<int32_t>(u) >> 12);
+    for (size_t i = 0; status == 0 && i + 4 <= raw.size(); i += 4) {
+        const auto* p = reinterpret_cast<const uint8_t*>(raw.data() + i);
+        out.push_back(int32_t(p[0] | p[1] << 8 | p[2] << 16 | uint32_t{p[3]} << 24) >> 12);
     }
     return out;
 }
 
-// One line of `soxi -X FILE` (X = r, c, b, s, e...), trimmed.
+// What `soxi -X FILE` prints (X = r, c, b, s, t...), without its line end.
 inline std::string Soxi(const char* option, const std::filesystem::path& path) {
     std::string out = RunCommand(std::string("soxi ") + option + " " + ShellQuote(path.string()) +
                                  " 2>/dev/null");
-    while (!out.empty() && (out.back() == '\n' || out.back() == ' '))
+    while (!out.empty() && std::isspace(static_cast<unsigned char>(out.back())))
         out.pop_back();
     return out;
 }
 
 // `key=value` lines of ffprobe about the first audio stream.
 inline std::string FFprobeStream(const std::filesystem::path& path) {
-    return RunCommand("ffprobe -v error -select_streams a:0 -count_packets -show_entries "
-                      "stream=codec_name,sample_rate,channels,bits_per_sample,duration_ts "
+    return RunCommand("ffprobe -v error -select_streams a:0 -show_entries "
+                      "stream=codec_name,sample_rate,channels,duration_ts "
                       "-of default=noprint_wrappers=1 " +
                       ShellQuote(path.string()) + " 2>&1");
 }
