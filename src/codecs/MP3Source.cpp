@@ -1,0 +1,210 @@
+#include "codecs/MP3Source.h"
+
+#include "sound/AudioBuffer.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+namespace {
+
+std::uint32_t BigEndian32(const std::uint8_t* p) {
+    return static_cast<std::uint32_t>(p[0]) << 24 | static_cast<std::uint32_t>(p[1]) << 16 |
+           static_cast<std::uint32_t>(p[2]) << 8 | p[3];
+}
+
+// The frame count of a Xing or Info frame (after the side information) or of a VBRI frame
+// (32 bytes after the header); 0 when the frame holds none.
+std::uint32_t ReadVbrFrameCount(const std::uint8_t* frame, int length, const MP3Header& header) {
+    const int xing = 4 + header.GetSideInfoLength();
+    if (length >= xing + 12 &&
+        (std::memcmp(frame + xing, "Xing", 4) == 0 || std::memcmp(frame + xing, "Info", 4) == 0) &&
+        (BigEndian32(frame + xing + 4) & 1) != 0)
+        return BigEndian32(frame + xing + 8);
+    constexpr int kVbri = 36;
+    if (length >= kVbri + 18 && std::memcmp(frame + kVbri, "VBRI", 4) == 0)
+        return BigEndian32(frame + kVbri + 14);
+    return 0;
+}
+
+} // namespace
+
+LMP3Source::LMP3Source(const char* path) : LSoundSourceBase(44100, 2, kMaxAmplitude) {
+    if (!file_.Open(path)) {
+        error_ = sndErrOpen;
+        return;
+    }
+    if (!DecodeInitialHeader()) {
+        error_ = sndErrFormat;
+        return;
+    }
+    channels_ = static_cast<unsigned char>(reference_.GetChannels());
+    sampleRate_ = reference_.GetSampleRate();
+    samplesPerFrame_ = reference_.GetSamplesPerFrame();
+    const double bytes = static_cast<double>(file_.GetBytesRemaining());
+    int frames = frameCount_;
+    if (frameCount_ > 0) {
+        bytesPerFrame_ = bytes / frameCount_;
+    } else {
+        bytesPerFrame_ =
+            (reference_.version != 0 ? 72.0 : 144.0) * reference_.bitRate / sampleRate_;
+        frames = static_cast<int>(std::min(bytes / bytesPerFrame_ + 0.9, 1e9));
+    }
+    end_ =
+        static_cast<int>(std::min<std::int64_t>(std::int64_t{frames} * samplesPerFrame_, INT_MAX));
+    delivered_ = samplesPerFrame_;
+}
+
+bool LMP3Source::DecodeInitialHeader() {
+    FindFrameStart();
+    std::int64_t laterSum = 0; // bit rates of frames 5 to 12
+    std::int64_t sum = 0;
+    int frames = 0;
+    for (int frame = 1; frame <= 12; ++frame) {
+        MP3Header header;
+        if (!header.ReadHeader(file_)) break;
+        const std::int64_t frameStart = file_.Tell() - (header.protectionAbsent ? 4 : 6);
+        const int length = header.GetFrameLength();
+        if (frame == 1) {
+            reference_ = header;
+            firstFrameOffset_ = frameStart;
+            std::uint8_t head[64] = {};
+            file_.SeekTo(frameStart);
+            const std::uint32_t count = ReadVbrFrameCount(
+                head, file_.Read(head, std::min<int>(length, sizeof head)), header);
+            if (count > 0 && count <= INT_MAX / 1152) {
+                // The VBR header frame carries no audio.
+                frameCount_ = static_cast<int>(count);
+                file_.SeekTo(frameStart + length);
+                firstFrameOffset_ = file_.Tell();
+                return true;
+            }
+        }
+        file_.SeekTo(frameStart + length);
+        if (!header.Matches(reference_)) continue;
+        ++frames;
+        sum += header.bitRate;
+        if (frame >= 5) laterSum += header.bitRate;
+        if (frame == 12) {
+            reference_.bitRate = static_cast<int>(laterSum / 8);
+            file_.SeekTo(firstFrameOffset_);
+            return true;
+        }
+    }
+    if (frames == 0) return false;
+    // The file ended within the first frames: they have all been counted.
+    frameCount_ = frames;
+    reference_.bitRate = static_cast<int>(sum / frames);
+    file_.SeekTo(firstFrameOffset_);
+    return true;
+}
+
+void LMP3Source::FindFrameStart() {
+    constexpr int kAttempts = 256;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        MP3Header header;
+        if (!header.ReadHeader(file_)) return;
+        const std::int64_t at = file_.Tell() - (header.protectionAbsent ? 4 : 6);
+        // A header is taken when the next frame's header follows it (or the audio ends).
+        file_.SeekTo(at + header.GetFrameLength());
+        std::uint8_t bytes[4];
+        MP3Header next;
+        const int got = file_.Read(bytes, 4);
+        if (got < 4 || (next.Parse(bytes) && next.version == header.version &&
+                        next.sampleRateIndex == header.sampleRateIndex)) {
+            file_.SeekTo(at);
+            return;
+        }
+        file_.SeekTo(at + 1);
+    }
+}
+
+bool LMP3Source::DecodeFrame(int* out) {
+    constexpr int kMaxSkipped = 10;
+    for (int skipped = 0;; ++skipped) {
+        if (!header_.ReadHeader(file_)) return false;
+        const int length = header_.GetFrameLength() - (header_.protectionAbsent ? 4 : 6);
+        if (length > MP3FrameDecoder::kMaxFrameBody || file_.Read(body_, length) != length)
+            return false;
+        if (header_.Matches(reference_)) {
+            decoder_.DecodeFrame(header_, body_, length, out);
+            break;
+        }
+        decoder_.SkipFrame(header_, body_, length);
+        if (skipped >= kMaxSkipped) return false;
+    }
+    decodedEnd_ += samplesPerFrame_;
+    if (frameCount_ == 0) EstimateEnd();
+    return true;
+}
+
+void LMP3Source::EstimateEnd() {
+    const double frames = static_cast<double>(file_.GetBytesRemaining()) / bytesPerFrame_ + 0.9;
+    const std::int64_t end =
+        decodedEnd_ + std::int64_t{samplesPerFrame_} * static_cast<std::int64_t>(frames);
+    end_ = static_cast<int>(std::min<std::int64_t>(end, INT_MAX));
+}
+
+void LMP3Source::Read(int* buffer, int frames) {
+    const int channels = channels_;
+    const int start = position_;
+    position_ += frames;
+    if (error_ != sndErrNone || start >= end_) {
+        ClearAudioBuffer(buffer, frames, channels_);
+        return;
+    }
+    int* out = buffer;
+    int remaining = frames;
+    if (start < 0) {
+        const int lead = std::min(-start, frames);
+        ClearAudioBuffer(out, lead, channels_);
+        out += lead * channels;
+        remaining -= lead;
+    }
+    // With an exact length nothing is played past the end.
+    const int tail = frameCount_ > 0 ? std::clamp(position_ - end_, 0, remaining) : 0;
+    remaining -= tail;
+    while (remaining > 0) {
+        if (delivered_ < samplesPerFrame_) {
+            const int take = std::min(samplesPerFrame_ - delivered_, remaining);
+            std::memcpy(out, decodeBuffer_ + delivered_ * channels, take * channels * sizeof *out);
+            delivered_ += take;
+            out += take * channels;
+            remaining -= take;
+        } else if (remaining >= samplesPerFrame_) {
+            if (!DecodeFrame(out)) break;
+            out += samplesPerFrame_ * channels;
+            remaining -= samplesPerFrame_;
+        } else {
+            if (!DecodeFrame(decodeBuffer_)) break;
+            delivered_ = 0;
+        }
+    }
+    if (remaining > 0) {
+        // The stream ended (or broke off) before its estimated end.
+        end_ = std::min(end_, position_ - tail - remaining);
+    }
+    ClearAudioBuffer(out, remaining + tail, channels_);
+}
+
+void LMP3Source::Seek(int frame) {
+    position_ = frame;
+    if (error_ != sndErrNone) return;
+    constexpr int kPrimingFrames = 4;
+    // Bytes to start before the computed offset of a frame, for frame lengths that do not
+    // follow the average exactly.
+    constexpr int kMargin = 4;
+    const int target = std::clamp(frame, 0, end_);
+    const int index = target / samplesPerFrame_;
+    const int first = std::max(index - kPrimingFrames, 0);
+    decoder_.Reset();
+    file_.SeekTo(firstFrameOffset_);
+    if (first > 0) {
+        file_.Skip(static_cast<std::int64_t>(first * bytesPerFrame_) - kMargin);
+        FindFrameStart();
+    }
+    decodedEnd_ = first * samplesPerFrame_;
+    for (int i = first; i < index; ++i)
+        if (!DecodeFrame(decodeBuffer_)) break;
+    delivered_ = DecodeFrame(decodeBuffer_) ? target % samplesPerFrame_ : samplesPerFrame_;
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "codecs/mp3/MP3FrameDecoder.h"
+#include "codecs/mp3/MP3Header.h"
+#include "codecs/mp3/MP3ReadFile.h"
+#include "sound/SoundSource.h"
+
+#include <cstdint>
+
+// A source over an MPEG-1, MPEG-2 or MPEG-2.5 Layer III file. The length comes from a Xing,
+// Info or VBRI frame count, from counting the frames of a short file, or is estimated from the
+// average bit rate of the first frames and corrected while reading. Seeking goes by byte
+// position and decodes up to four frames before the target to rebuild the decoder's state.
+class LMP3Source : public LSoundSourceBase {
+public:
+    static constexpr int kMaxAmplitude = 2097152;
+
+    // Opens and scans the file; the error code is sndErrOpen when it cannot be opened and
+    // sndErrFormat when no Layer III frame is found.
+    explicit LMP3Source(const char* path);
+
+    void Read(int* buffer, int frames) override;
+    int GetPositionSample() const override { return position_; }
+    int GetEndSample() const override { return end_; }
+    void Seek(int frame) override;
+
+    // The first frame's header (its bit rate replaced by the average measured when opening).
+    const MP3Header& GetReferenceHeader() const { return reference_; }
+    // True when the end is exact (a frame count was found), not an estimate.
+    bool IsLengthKnown() const { return frameCount_ > 0; }
+
+private:
+    // Finds the first frame, reads a VBR header or measures the average bit rate.
+    bool DecodeInitialHeader();
+    // Finds and decodes the next frame of the stream into out; false at the end of the
+    // file or when no fitting frame can be found.
+    bool DecodeFrame(int* out);
+    // After a jump into the middle of the stream: moves to the next header that is followed
+    // by another header of the stream.
+    void FindFrameStart();
+    void EstimateEnd();
+
+    int position_ = 0;
+    int end_ = 0;
+    int frameCount_ = 0; // frames from a VBR header or a full count; 0 when unknown
+    MP3ReadFile file_;
+    std::int64_t firstFrameOffset_ = 0; // the first audio frame (after a VBR header frame)
+    MP3Header reference_;
+    MP3Header header_;
+    double bytesPerFrame_ = 0;
+    int samplesPerFrame_ = 1152;
+    int decodedEnd_ = 0; // the frame position just after the last decoded frame
+    int delivered_ = 0;  // frames of decodeBuffer_ already read
+    MP3FrameDecoder decoder_;
+    int decodeBuffer_[1152 * 2] = {};
+    std::uint8_t body_[MP3FrameDecoder::kMaxFrameBody + 8] = {};
+};

@@ -1,0 +1,98 @@
+#include "codecs/MP3File.h"
+#include "codecs/Mp3TestUtil.h"
+#include "codecs/WaveTestUtil.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+struct ConformanceCase {
+    const char* name;
+    int channels;
+    int rate;
+    int skipFrames;   // leading frames of decoder output that the reference does not have
+    double mpg123Rms; // what an established decoder achieves, in 16-bit steps
+};
+
+struct Difference {
+    double rms = 0;
+    double max = 0;
+    size_t compared = 0;
+};
+
+// Compares decoded internal samples, as a 16-bit file would store them, with a 16-bit
+// reference over their common length.
+Difference Compare(const std::vector<int>& decoded, int skipValues,
+                   const std::vector<uint8_t>& reference) {
+    Difference d;
+    const size_t available = decoded.size() > static_cast<size_t>(skipValues)
+                                 ? decoded.size() - static_cast<size_t>(skipValues)
+                                 : 0;
+    d.compared = std::min(available, reference.size() / 2);
+    double sum = 0;
+    for (size_t i = 0; i < d.compared; ++i) {
+        const double ours = std::clamp((decoded[skipValues + i] + 8) >> 4, -32768, 32767);
+        const double theirs = static_cast<int16_t>(reference[2 * i] | (reference[2 * i + 1] << 8));
+        const double e = ours - theirs;
+        sum += e * e;
+        d.max = std::max(d.max, std::fabs(e));
+    }
+    d.rms = d.compared ? std::sqrt(sum / static_cast<double>(d.compared)) : 0;
+    return d;
+}
+
+Difference DecodeAndCompare(const ConformanceCase& c) {
+    const LSoundSource source =
+        LMP3File::OpenSource(Mp3ConformancePath(std::string(c.name) + ".bit").c_str());
+    EXPECT_EQ(source->GetError(), sndErrNone) << c.name;
+    EXPECT_EQ(source->GetChannels(), c.channels) << c.name;
+    EXPECT_EQ(source->GetSampleRate(), c.rate) << c.name;
+    const std::vector<int> decoded = ReadToEnd(source);
+    const std::vector<uint8_t> reference =
+        ReadFileBytes(Mp3ConformancePath(std::string(c.name) + ".pcm"));
+    return Compare(decoded, c.skipFrames * c.channels, reference);
+}
+
+class Mp3Conformance : public ::testing::TestWithParam<ConformanceCase> {};
+
+TEST_P(Mp3Conformance, MatchesReferenceOutput) {
+    const ConformanceCase& c = GetParam();
+    const Difference d = DecodeAndCompare(c);
+    std::printf("%-22s rms %.4f max %.3f LSB over %zu samples (mpg123 rms %.3f)\n", c.name, d.rms,
+                d.max, d.compared, c.mpg123Rms);
+    // The references lack at most the last frame.
+    const std::vector<uint8_t> reference =
+        ReadFileBytes(Mp3ConformancePath(std::string(c.name) + ".pcm"));
+    EXPECT_GE(d.compared + 1152 * c.channels, reference.size() / 2);
+    EXPECT_LE(d.rms, std::max(c.mpg123Rms, 0.25) + 0.1);
+    EXPECT_LE(d.max, 2.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Bitstreams, Mp3Conformance,
+    ::testing::Values(ConformanceCase{"l3-compl", 1, 48000, 0, 0.023},
+                      ConformanceCase{"l3-he_32khz", 1, 32000, 0, 0.059},
+                      ConformanceCase{"l3-he_44khz", 1, 44100, 0, 0.059},
+                      ConformanceCase{"l3-he_48khz", 1, 48000, 0, 0.059},
+                      ConformanceCase{"l3-hecommon", 2, 44100, 0, 0.041},
+                      ConformanceCase{"l3-si", 1, 44100, 0, 0.008},
+                      ConformanceCase{"l3-si_block", 1, 44100, 0, 0.005},
+                      ConformanceCase{"l3-si_huff", 1, 44100, 0, 0.106},
+                      ConformanceCase{"l3-sin1k0db", 2, 44100, 2304, 0.094},
+                      ConformanceCase{"M2L3_bitrate_16_all", 1, 16000, 0, 0.047},
+                      ConformanceCase{"M2L3_bitrate_22_all", 1, 22050, 0, 0.050},
+                      ConformanceCase{"M2L3_bitrate_24_all", 1, 24000, 0, 0.047},
+                      ConformanceCase{"M2L3_noise", 2, 22050, 0, 0.045},
+                      ConformanceCase{"l3-test45", 2, 22050, 0, 467},
+                      ConformanceCase{"l3-test46", 2, 22050, 0, 758}),
+    [](const ::testing::TestParamInfo<ConformanceCase>& info) {
+        std::string name = info.param.name;
+        std::replace(name.begin(), name.end(), '-', '_');
+        return name;
+    });
+
+} // namespace
