@@ -56,13 +56,20 @@ LMP3Source::LMP3Source(const char* path) : LSoundSourceBase(44100, 2, kMaxAmplit
 }
 
 bool LMP3Source::DecodeInitialHeader() {
-    FindFrameStart();
-    std::int64_t laterSum = 0; // bit rates of frames 5 to 12
+    constexpr int kScanFrames = 12;
+    constexpr int kFirstAveraged = 5; // the first frames often differ from the rest
+    if (!FindFrameStart()) return false;
     std::int64_t sum = 0;
+    std::int64_t laterSum = 0;
     int frames = 0;
-    for (int frame = 1; frame <= 12; ++frame) {
+    int laterFrames = 0;
+    bool ended = false;
+    for (int frame = 1; frame <= kScanFrames; ++frame) {
         MP3Header header;
-        if (!header.ReadHeader(file_)) break;
+        if (!header.ReadHeader(file_)) {
+            ended = true;
+            break;
+        }
         const std::int64_t frameStart = file_.Tell() - (header.protectionAbsent ? 4 : 6);
         const int length = header.GetFrameLength();
         if (frame == 1) {
@@ -84,44 +91,53 @@ bool LMP3Source::DecodeInitialHeader() {
         if (!header.Matches(reference_)) continue;
         ++frames;
         sum += header.bitRate;
-        if (frame >= 5) laterSum += header.bitRate;
-        if (frame == 12) {
-            reference_.bitRate = static_cast<int>(laterSum / 8);
-            file_.SeekTo(firstFrameOffset_);
-            return true;
+        if (frame >= kFirstAveraged) {
+            ++laterFrames;
+            laterSum += header.bitRate;
         }
     }
     if (frames == 0) return false;
-    // The file ended within the first frames: they have all been counted.
-    frameCount_ = frames;
-    reference_.bitRate = static_cast<int>(sum / frames);
     file_.SeekTo(firstFrameOffset_);
+    if (ended) {
+        // The file ended within the first frames: they have all been counted.
+        frameCount_ = frames;
+        reference_.bitRate = static_cast<int>(sum / frames);
+    } else {
+        reference_.bitRate =
+            static_cast<int>(laterFrames > 0 ? laterSum / laterFrames : sum / frames);
+    }
     return true;
 }
 
-void LMP3Source::FindFrameStart() {
+bool LMP3Source::FindFrameStart() {
     constexpr int kAttempts = 256;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         MP3Header header;
-        if (!header.ReadHeader(file_)) return;
+        if (!header.ReadHeader(file_)) return false;
         const std::int64_t at = file_.Tell() - (header.protectionAbsent ? 4 : 6);
-        // A header is taken when the next frame's header follows it (or the audio ends).
-        file_.SeekTo(at + header.GetFrameLength());
+        // A header is taken when the next frame's header follows it, or when its frame ends
+        // exactly where the audio does.
+        const std::int64_t end = at + header.GetFrameLength();
+        file_.SeekTo(end);
         std::uint8_t bytes[4];
         MP3Header next;
-        const int got = file_.Read(bytes, 4);
-        if (got < 4 || (next.Parse(bytes) && next.version == header.version &&
-                        next.sampleRateIndex == header.sampleRateIndex)) {
+        if (end == file_.GetAudioEnd() ||
+            (file_.Read(bytes, 4) == 4 && next.Parse(bytes) && next.version == header.version &&
+             next.sampleRateIndex == header.sampleRateIndex)) {
             file_.SeekTo(at);
-            return;
+            return true;
         }
         file_.SeekTo(at + 1);
     }
+    return false;
 }
 
 bool LMP3Source::DecodeFrame(int* out) {
+    // Frames of another version or sample rate are passed over, ten at most; frames that
+    // only switch between one and two channels belong to the stream and are passed over
+    // without limit.
     constexpr int kMaxSkipped = 10;
-    for (int skipped = 0;; ++skipped) {
+    for (int skipped = 0;;) {
         if (!header_.ReadHeader(file_)) return false;
         const int length = header_.GetFrameLength() - (header_.protectionAbsent ? 4 : 6);
         if (length > MP3FrameDecoder::kMaxFrameBody || file_.Read(body_, length) != length)
@@ -131,7 +147,10 @@ bool LMP3Source::DecodeFrame(int* out) {
             break;
         }
         decoder_.SkipFrame(header_, body_, length);
-        if (skipped >= kMaxSkipped) return false;
+        if (header_.version != reference_.version ||
+            header_.sampleRateIndex != reference_.sampleRateIndex) {
+            if (++skipped > kMaxSkipped) return false;
+        }
     }
     decodedEnd_ += samplesPerFrame_;
     if (frameCount_ == 0) EstimateEnd();

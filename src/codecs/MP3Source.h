@@ -35,9 +35,9 @@ private:
     // Finds and decodes the next frame of the stream into out; false at the end of the
     // file or when no fitting frame can be found.
     bool DecodeFrame(int* out);
-    // After a jump into the middle of the stream: moves to the next header that is followed
-    // by another header of the stream.
-    void FindFrameStart();
+    // Moves to the next header that is followed by another header of the stream (or whose
+    // frame ends the audio); false when there is none.
+    bool FindFrameStart();
     void EstimateEnd();
 
     int position_ = 0;

@@ -60,7 +60,7 @@ public:
 
     void Apply(int from, int to, int position, int limit) {
         if (mpeg1_ ? position >= 7 : position >= limit) {
-            if (midSide_) MidSide(left_, right_, from, to);
+            Plain(from, to);
             return;
         }
         const IntensityTables& tables = IntensityTables::Get();
@@ -70,6 +70,15 @@ public:
             left_[i] = v * k[0];
             right_[i] = v * k[1];
         }
+    }
+
+    // The highest band carries no position of its own: it takes the one of the band below
+    // when that band is intensity coded too, and plays in the centre otherwise.
+    void ApplyTop(int from, int to, bool belowCoded, int position, int limit) {
+        if (belowCoded)
+            Apply(from, to, position, limit);
+        else
+            Apply(from, to, mpeg1_ ? 3 : 0, 1);
     }
 
     void Plain(int from, int to) {
@@ -98,10 +107,12 @@ void LongBlockIntensity(const MP3BandTable& bands, const MP3ScaleFactors& factor
         ++start;
     stereo.Plain(0, bands.longBands[start]);
     for (int sfb = start; sfb < 22 && bands.longBands[sfb] < endLine; ++sfb) {
-        // The last band has no scale factor of its own and takes the one below it.
-        const int source = std::min(sfb, 20);
-        stereo.Apply(bands.longBands[sfb], std::min<int>(bands.longBands[sfb + 1], endLine),
-                     factors.longBands[source], factors.longLimit[source]);
+        const int to = std::min<int>(bands.longBands[sfb + 1], endLine);
+        if (sfb < 21)
+            stereo.Apply(bands.longBands[sfb], to, factors.longBands[sfb], factors.longLimit[sfb]);
+        else
+            stereo.ApplyTop(bands.longBands[sfb], to, start < 21, factors.longBands[20],
+                            factors.longLimit[20]);
     }
 }
 
@@ -144,13 +155,14 @@ void JointStereoProcessing(const MP3Header& header, const MP3GranuleInfo& right,
             for (int sfb = firstShort; sfb < 13; ++sfb) {
                 const int width = bands.shortBands[sfb + 1] - bands.shortBands[sfb];
                 const int from = bands.shortBands[sfb] * 3 + w * width;
-                if (sfb < start) {
+                if (sfb < start)
                     stereo.Plain(from, from + width);
-                } else {
-                    const int source = std::min(sfb, 11);
-                    stereo.Apply(from, from + width, rightFactors.shortBands[source][w],
-                                 rightFactors.shortLimit[source]);
-                }
+                else if (sfb < 12)
+                    stereo.Apply(from, from + width, rightFactors.shortBands[sfb][w],
+                                 rightFactors.shortLimit[sfb]);
+                else
+                    stereo.ApplyTop(from, from + width, start < 12, rightFactors.shortBands[11][w],
+                                    rightFactors.shortLimit[11]);
             }
         }
         if (shortStart > 0) {
