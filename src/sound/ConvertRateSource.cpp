@@ -7,8 +7,8 @@
 namespace {
 
 constexpr int kTaps = LSRCConvertRate::kTaps;
-constexpr int kCentre = kTaps / 2 + 1;          // read index whose taps centre on history's end
-constexpr int kBufferFrames = 32768;            // room for new input after the history
+constexpr int kCentre = kTaps / 2 + 1; // read index whose centre tap is the first new frame
+constexpr int kBufferFrames = 32768;   // room for new input after the history
 constexpr int kMoveAbove = kBufferFrames - 257; // fill at which the history moves to the start
 constexpr int kPieceFrames = 8192;              // most frames asked of the inner source at once
 
