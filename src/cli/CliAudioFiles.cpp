@@ -1,11 +1,17 @@
 #include "cli/CliAudioFiles.h"
 
+#include "codecs/MP3File.h"
 #include "codecs/WaveFile.h"
 
 #include <strings.h>
 
 LSoundSource CliOpenAudioSource(const std::string& path) {
+    if (CliIsMP3File(path)) return LMP3File::OpenSource(path.c_str());
     return LWaveFile::OpenSource(path.c_str());
+}
+
+bool CliIsMP3File(const std::string& path) {
+    return CliHasExtension(path, ".mp3");
 }
 
 bool CliHasExtension(const std::string& path, const char* extension) {

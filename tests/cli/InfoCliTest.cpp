@@ -38,6 +38,25 @@ TEST(InfoCli, PrintsTheFormatOfWaveFiles) {
     EXPECT_NE(text.find("frames: 8080\nlength: 0:00:01.010\n"), std::string::npos) << text;
 }
 
+TEST(InfoCli, PrintsTheFormatOfMP3Files) {
+    TempHome home;
+    const std::filesystem::path wave = home.Path() / "tone.wav";
+    const std::filesystem::path mp3 = home.Path() / "Tone.MP3";
+    int status = -1;
+    RunCommand("sox -n -r 32000 -c 1 -b 16 " + ShellQuote(wave.string()) +
+                   " synth 1 sine 440 && lame --quiet " + ShellQuote(wave.string()) + " " +
+                   ShellQuote(mp3.string()),
+               &status);
+    ASSERT_EQ(status, 0);
+    const std::string text = Info(mp3, &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(text.rfind("format tag: 85\ncodec: MPEG-1 Layer III\nsample rate: 32000\n"
+                         "channels: 1\nbits: 0\n",
+                         0),
+              0u)
+        << text;
+}
+
 TEST(InfoCli, FilesThatCannotBeReadFailWithTheReason) {
     TempHome home;
     int status = -1;
