@@ -14,16 +14,22 @@ std::uint32_t BigEndian32(const std::uint8_t* p) {
 }
 
 // The frame count of a Xing or Info frame (after the side information) or of a VBRI frame
-// (32 bytes after the header); 0 when the frame holds none.
-std::uint32_t ReadVbrFrameCount(const std::uint8_t* frame, int length, const MP3Header& header) {
+// (32 bytes after the header); 0 when the frame holds none. `variable` tells whether the
+// header announces a variable bit rate (Xing, VBRI) rather than a constant one (Info).
+std::uint32_t ReadVbrFrameCount(const std::uint8_t* frame, int length, const MP3Header& header,
+                                bool& variable) {
     const int xing = 4 + header.GetSideInfoLength();
     if (length >= xing + 12 &&
         (std::memcmp(frame + xing, "Xing", 4) == 0 || std::memcmp(frame + xing, "Info", 4) == 0) &&
-        (BigEndian32(frame + xing + 4) & 1) != 0)
+        (BigEndian32(frame + xing + 4) & 1) != 0) {
+        variable = frame[xing] == 'X';
         return BigEndian32(frame + xing + 8);
+    }
     constexpr int kVbri = 36;
-    if (length >= kVbri + 18 && std::memcmp(frame + kVbri, "VBRI", 4) == 0)
+    if (length >= kVbri + 18 && std::memcmp(frame + kVbri, "VBRI", 4) == 0) {
+        variable = true;
         return BigEndian32(frame + kVbri + 14);
+    }
     return 0;
 }
 
@@ -52,6 +58,8 @@ LMP3Source::LMP3Source(const char* path) : LSoundSourceBase(44100, 2, kMaxAmplit
     }
     end_ =
         static_cast<int>(std::min<std::int64_t>(std::int64_t{frames} * samplesPerFrame_, INT_MAX));
+    seekIndex_.reserve(static_cast<size_t>(frames) * 2 / kIndexStep + 16);
+    seekIndex_.push_back(firstFrameOffset_);
     delivered_ = samplesPerFrame_;
 }
 
@@ -77,8 +85,9 @@ bool LMP3Source::DecodeInitialHeader() {
             firstFrameOffset_ = frameStart;
             std::uint8_t head[64] = {};
             file_.SeekTo(frameStart);
-            const std::uint32_t count = ReadVbrFrameCount(
-                head, file_.Read(head, std::min<int>(length, sizeof head)), header);
+            const std::uint32_t count =
+                ReadVbrFrameCount(head, file_.Read(head, std::min<int>(length, sizeof head)),
+                                  header, variableBitRate_);
             if (count > 0 && count <= INT_MAX / 1152) {
                 // The VBR header frame carries no audio.
                 frameCount_ = static_cast<int>(count);
@@ -89,6 +98,7 @@ bool LMP3Source::DecodeInitialHeader() {
         }
         file_.SeekTo(frameStart + length);
         if (!header.Matches(reference_)) continue;
+        variableBitRate_ = variableBitRate_ || header.bitRate != reference_.bitRate;
         ++frames;
         sum += header.bitRate;
         if (frame >= kFirstAveraged) {
@@ -210,20 +220,46 @@ void LMP3Source::Seek(int frame) {
     position_ = frame;
     if (error_ != sndErrNone) return;
     constexpr int kPrimingFrames = 4;
-    // Bytes to start before the computed offset of a frame, for frame lengths that do not
-    // follow the average exactly.
-    constexpr int kMargin = 4;
     const int target = std::clamp(frame, 0, end_);
     const int index = target / samplesPerFrame_;
     const int first = std::max(index - kPrimingFrames, 0);
     decoder_.Reset();
-    file_.SeekTo(firstFrameOffset_);
-    if (first > 0) {
-        file_.Skip(static_cast<std::int64_t>(first * bytesPerFrame_) - kMargin);
-        FindFrameStart();
-    }
+    MoveToFrame(first);
     decodedEnd_ = first * samplesPerFrame_;
     for (int i = first; i < index; ++i)
         if (!DecodeFrame(decodeBuffer_)) break;
     delivered_ = DecodeFrame(decodeBuffer_) ? target % samplesPerFrame_ : samplesPerFrame_;
+}
+
+void LMP3Source::MoveToFrame(int frame) {
+    if (frame == 0 || !variableBitRate_) {
+        // Frames of a constant bit rate follow the average length; a few bytes early is safe
+        // whatever the encoder's padding pattern.
+        constexpr int kMargin = 4;
+        file_.SeekTo(firstFrameOffset_);
+        if (frame > 0) {
+            file_.Skip(static_cast<std::int64_t>(frame * bytesPerFrame_) - kMargin);
+            FindFrameStart();
+        }
+        return;
+    }
+    // Variable bit rate: walk the headers from the nearest indexed frame.
+    const int known = std::min(frame / kIndexStep, static_cast<int>(seekIndex_.size()) - 1);
+    file_.SeekTo(seekIndex_[known]);
+    for (int counted = known * kIndexStep;;) {
+        MP3Header header;
+        if (!header.ReadHeader(file_)) return;
+        const std::int64_t start = file_.Tell() - (header.protectionAbsent ? 4 : 6);
+        if (header.Matches(reference_)) {
+            if (counted % kIndexStep == 0 && counted / kIndexStep == int(seekIndex_.size()) &&
+                seekIndex_.size() < seekIndex_.capacity())
+                seekIndex_.push_back(start);
+            if (counted == frame) {
+                file_.SeekTo(start);
+                return;
+            }
+            ++counted;
+        }
+        file_.SeekTo(start + header.GetFrameLength());
+    }
 }

@@ -6,11 +6,13 @@
 #include "sound/SoundSource.h"
 
 #include <cstdint>
+#include <vector>
 
 // A source over an MPEG-1, MPEG-2 or MPEG-2.5 Layer III file. The length comes from a Xing,
 // Info or VBRI frame count, from counting the frames of a short file, or is estimated from the
-// average bit rate of the first frames and corrected while reading. Seeking goes by byte
-// position and decodes up to four frames before the target to rebuild the decoder's state.
+// average bit rate of the first frames and corrected while reading. Seeking finds the frame by
+// byte position (constant bit rate) or by walking the frame headers (variable bit rate) and
+// decodes up to four frames before the target to rebuild the decoder's state.
 class LMP3Source : public LSoundSourceBase {
 public:
     static constexpr int kMaxAmplitude = 2097152;
@@ -39,6 +41,11 @@ private:
     // frame ends the audio); false when there is none.
     bool FindFrameStart();
     void EstimateEnd();
+    // Moves the file to the start of the given frame (counted from the first audio frame).
+    void MoveToFrame(int frame);
+
+    // Every kIndexStep-th frame's offset is kept once a seek has walked past it.
+    static constexpr int kIndexStep = 32;
 
     int position_ = 0;
     int end_ = 0;
@@ -48,6 +55,8 @@ private:
     MP3Header reference_;
     MP3Header header_;
     double bytesPerFrame_ = 0;
+    bool variableBitRate_ = false;
+    std::vector<std::int64_t> seekIndex_; // frames 0, kIndexStep, 2 kIndexStep, ...
     int samplesPerFrame_ = 1152;
     int decodedEnd_ = 0; // the frame position just after the last decoded frame
     int delivered_ = 0;  // frames of decodeBuffer_ already read
