@@ -100,15 +100,21 @@ struct HuffmanDecoders {
     }
 };
 
-// A value of a pair table: linbits extend 15, a sign bit follows every nonzero value.
-inline int ReadValue(MP3BitReader& bits, int value, int linbits) {
-    if (value == 15 && linbits != 0) value += static_cast<int>(bits.Get(linbits));
-    if (value != 0 && bits.Get(1)) value = -value;
+// Takes one value of a pair from the front of `word` (the bits after the code word):
+// linbits extend a 15, a sign bit follows every nonzero value. Counts the bits used.
+inline int TakeValue(std::uint32_t& word, int& used, int value, int linbits) {
+    if (value == 15 && linbits != 0) {
+        value += static_cast<int>(word >> (32 - linbits));
+        word <<= linbits;
+        used += linbits;
+    }
+    // Without branches: the sign bit is there only for a nonzero value.
+    const int present = value != 0;
+    const int negative = static_cast<int>(word >> 31) & present;
+    value = (value ^ -negative) + negative;
+    word <<= present;
+    used += present;
     return value;
-}
-
-inline int ReadSigned(MP3BitReader& bits, int magnitude) {
-    return magnitude != 0 && bits.Get(1) ? -1 : magnitude;
 }
 
 } // namespace
@@ -143,8 +149,12 @@ int DecodeHuffmanData(MP3BitReader& bits, int endBit, const MP3GranuleInfo& info
         for (; i < end; i += 2) {
             if (bits.Position() > endBit) break;
             const int pair = decoder.Decode(bits);
-            values[i] = ReadValue(bits, pair >> 4, linbits);
-            values[i + 1] = ReadValue(bits, pair & 15, linbits);
+            // At most 2 x (13 linbits + 1 sign bit) follow the code word.
+            std::uint32_t word = bits.Peek(32);
+            int used = 0;
+            values[i] = TakeValue(word, used, pair >> 4, linbits);
+            values[i + 1] = TakeValue(word, used, pair & 15, linbits);
+            bits.Skip(used);
         }
     }
     if (i < bigEnd || bits.Position() > endBit) {
@@ -155,10 +165,13 @@ int DecodeHuffmanData(MP3BitReader& bits, int endBit, const MP3GranuleInfo& info
     const bool tableB = info.count1TableSelect != 0;
     while (i <= 572 && bits.Position() < endBit) {
         const int quad = tableB ? static_cast<int>(15 - bits.Get(4)) : decoders.quadA.Decode(bits);
-        const int v = ReadSigned(bits, (quad >> 3) & 1);
-        const int w = ReadSigned(bits, (quad >> 2) & 1);
-        const int x = ReadSigned(bits, (quad >> 1) & 1);
-        const int y = ReadSigned(bits, quad & 1);
+        std::uint32_t word = bits.Peek(32);
+        int used = 0;
+        const int v = TakeValue(word, used, (quad >> 3) & 1, 0);
+        const int w = TakeValue(word, used, (quad >> 2) & 1, 0);
+        const int x = TakeValue(word, used, (quad >> 1) & 1, 0);
+        const int y = TakeValue(word, used, quad & 1, 0);
+        bits.Skip(used);
         // A quadruple that runs past the end of the granule's data is not part of it.
         if (bits.Position() > endBit) break;
         values[i] = v;

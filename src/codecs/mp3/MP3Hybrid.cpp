@@ -71,8 +71,10 @@ void LongBlock(const HybridTables& t, const float* in, const float* window, floa
     for (int k = 0; k < 18; ++k) {
         const float v = in[k];
         if (v == 0.0f) continue;
+        // The matrix is symmetric: row k runs over m.
+        const float* row = t.dct18[k];
         for (int m = 0; m < 18; ++m)
-            y[m] += v * t.dct18[m][k];
+            y[m] += v * row[m];
     }
     for (int i = 0; i < 9; ++i)
         z[i] = y[i + 9] * window[i];
@@ -126,8 +128,11 @@ int AliasReduction(float* xr, const MP3GranuleInfo& info, int mixedSubbands, int
     return std::max(subbands, std::min(limit, 32));
 }
 
-void IMDCTSynthesize(const float* xr, const MP3GranuleInfo& info, int mixedSubbands, int subbands,
-                     float* overlap, float* out) {
+// Built for AVX2 and for the baseline; the loader picks the one the processor runs (both
+// add the same products in the same order, so they give the same samples).
+__attribute__((target_clones("avx2", "default"))) void
+IMDCTSynthesize(const float* xr, const MP3GranuleInfo& info, int mixedSubbands, int subbands,
+                float* overlap, float* out) {
     const HybridTables& t = HybridTables::Get();
     const bool shortBlocks = info.windowSwitching && info.blockType == 2;
     for (int sb = 0; sb < 32; ++sb) {

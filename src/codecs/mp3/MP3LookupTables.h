@@ -4,12 +4,15 @@
 struct MP3LookupTables {
     static constexpr int kPowCount = 8207; // Huffman values reach 15 + 2^13 - 1
 
-    // cos((2k + 1) n pi / 64) for k, n = 0..31: the matrixing of the polyphase synthesis
-    // reduced to its 32 distinct rows (the other 32 follow by symmetry).
-    float synthesisMatrix[32][32];
-    float globalGain[256];  // 2^((g - 210) / 4)
-    float scaleFactor[65];  // 2^(-i / 2)
-    float pow43[kPowCount]; // x^(4/3)
+    // The matrixing of the polyphase synthesis reduces to a 32-point DCT-II, computed by
+    // halving: a DCT of size N takes 1 / (2 cos((2n + 1) pi / 2N)) for n < N / 2, stored from
+    // index N / 2 on (N = 32, 16, 8, 4, 2).
+    float dctFactors[32];
+    float globalGain[256]; // 2^((g - 210) / 4)
+    float scaleFactor[65]; // 2^(-i / 2)
+    // sign(x) |x|^(4/3) for x = -8206..8206, reached through pow43 (which points at x = 0).
+    float signedPow43[2 * kPowCount - 1];
+    const float* pow43;
 
     static const MP3LookupTables& Get();
 

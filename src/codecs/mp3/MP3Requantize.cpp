@@ -12,11 +12,9 @@ namespace {
 
 inline void ScaleLines(const int* values, int from, int to, float factor, const float* pow43,
                        float* xr) {
-    for (int i = from; i < to; ++i) {
-        const int v = values[i];
-        const float magnitude = pow43[std::min(v < 0 ? -v : v, MP3LookupTables::kPowCount - 1)];
-        xr[i] = (v < 0 ? -magnitude : magnitude) * factor;
-    }
+    // Huffman values stay within +-8206 (15 plus 13 linbits), the range of the table.
+    for (int i = from; i < to; ++i)
+        xr[i] = pow43[values[i]] * factor;
 }
 
 } // namespace
