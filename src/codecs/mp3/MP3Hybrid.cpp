@@ -1,5 +1,6 @@
 #include "codecs/mp3/MP3Hybrid.h"
 
+#include "codecs/mp3/MP3CpuDispatch.h"
 #include "codecs/mp3/MP3SideInfo.h"
 
 #include <algorithm>
@@ -66,7 +67,8 @@ struct HybridTables {
 
 // 36-point IMDCT of 18 lines, windowed: x[i] for i = 0..35 from the DCT-IV y of the lines,
 // x[i] = y[i + 9] (i < 9), -y[26 - i] (i < 27), -y[i - 27] (else).
-void LongBlock(const HybridTables& t, const float* in, const float* window, float* z) {
+[[gnu::always_inline]] inline void LongBlock(const HybridTables& t, const float* in,
+                                             const float* window, float* z) {
     float y[18] = {};
     for (int k = 0; k < 18; ++k) {
         const float v = in[k];
@@ -85,7 +87,7 @@ void LongBlock(const HybridTables& t, const float* in, const float* window, floa
 }
 
 // Three 12-point IMDCTs of the interleaved windows, overlapped at 6, 12 and 18.
-void ShortBlock(const HybridTables& t, const float* in, float* z) {
+[[gnu::always_inline]] inline void ShortBlock(const HybridTables& t, const float* in, float* z) {
     std::fill(z, z + 36, 0.0f);
     for (int w = 0; w < 3; ++w) {
         float y[6] = {};
@@ -106,33 +108,9 @@ void ShortBlock(const HybridTables& t, const float* in, float* z) {
     }
 }
 
-} // namespace
-
-int GetMixedSubbands(const MP3GranuleInfo& info, int shortBlockStart) {
-    return info.windowSwitching && info.mixedBlock ? shortBlockStart / 18 : 0;
-}
-
-int AliasReduction(float* xr, const MP3GranuleInfo& info, int mixedSubbands, int subbands) {
-    const HybridTables& t = HybridTables::Get();
-    const bool shortBlocks = info.windowSwitching && info.blockType == 2;
-    const int limit = std::min(shortBlocks ? mixedSubbands : 32, subbands + 1);
-    for (int sb = 1; sb < limit; ++sb) {
-        float* upper = xr + 18 * sb;
-        for (int i = 0; i < 8; ++i) {
-            const float below = upper[-1 - i];
-            const float above = upper[i];
-            upper[-1 - i] = below * t.aliasCs[i] - above * t.aliasCa[i];
-            upper[i] = above * t.aliasCs[i] + below * t.aliasCa[i];
-        }
-    }
-    return std::max(subbands, std::min(limit, 32));
-}
-
-// Built for AVX2 and for the baseline; the loader picks the one the processor runs (both
-// add the same products in the same order, so they give the same samples).
-__attribute__((target_clones("avx2", "default"))) void
-IMDCTSynthesize(const float* xr, const MP3GranuleInfo& info, int mixedSubbands, int subbands,
-                float* overlap, float* out) {
+[[gnu::always_inline]] inline void Hybrid(const float* xr, const MP3GranuleInfo& info,
+                                          int mixedSubbands, int subbands, float* overlap,
+                                          float* out) {
     const HybridTables& t = HybridTables::Get();
     const bool shortBlocks = info.windowSwitching && info.blockType == 2;
     for (int sb = 0; sb < 32; ++sb) {
@@ -158,4 +136,43 @@ IMDCTSynthesize(const float* xr, const MP3GranuleInfo& info, int mixedSubbands, 
             previous[ss] = z[ss + 18];
         }
     }
+}
+
+__attribute__((target("avx2"))) void HybridAvx2(const float* xr, const MP3GranuleInfo& info,
+                                                int mixedSubbands, int subbands, float* overlap,
+                                                float* out) {
+    Hybrid(xr, info, mixedSubbands, subbands, overlap, out);
+}
+
+void HybridBaseline(const float* xr, const MP3GranuleInfo& info, int mixedSubbands, int subbands,
+                    float* overlap, float* out) {
+    Hybrid(xr, info, mixedSubbands, subbands, overlap, out);
+}
+
+} // namespace
+
+int GetMixedSubbands(const MP3GranuleInfo& info, int shortBlockStart) {
+    return info.windowSwitching && info.mixedBlock ? shortBlockStart / 18 : 0;
+}
+
+int AliasReduction(float* xr, const MP3GranuleInfo& info, int mixedSubbands, int subbands) {
+    const HybridTables& t = HybridTables::Get();
+    const bool shortBlocks = info.windowSwitching && info.blockType == 2;
+    const int limit = std::min(shortBlocks ? mixedSubbands : 32, subbands + 1);
+    for (int sb = 1; sb < limit; ++sb) {
+        float* upper = xr + 18 * sb;
+        for (int i = 0; i < 8; ++i) {
+            const float below = upper[-1 - i];
+            const float above = upper[i];
+            upper[-1 - i] = below * t.aliasCs[i] - above * t.aliasCa[i];
+            upper[i] = above * t.aliasCs[i] + below * t.aliasCa[i];
+        }
+    }
+    return std::max(subbands, std::min(limit, 32));
+}
+
+void IMDCTSynthesize(const float* xr, const MP3GranuleInfo& info, int mixedSubbands, int subbands,
+                     float* overlap, float* out) {
+    static const auto hybrid = ChooseForProcessor(&HybridAvx2, &HybridBaseline);
+    hybrid(xr, info, mixedSubbands, subbands, overlap, out);
 }

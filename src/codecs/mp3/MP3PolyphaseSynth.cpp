@@ -1,5 +1,6 @@
 #include "codecs/mp3/MP3PolyphaseSynth.h"
 
+#include "codecs/mp3/MP3CpuDispatch.h"
 #include "codecs/mp3/MP3LookupTables.h"
 
 #include <algorithm>
@@ -77,28 +78,15 @@ struct SynthesisWindow {
     }
 };
 
-} // namespace
-
-void MP3PolyphaseSynth::Reset() {
-    std::memset(history_, 0, sizeof history_);
-    offset_ = 1024;
-}
-
-// Built for AVX2 and for the baseline; the loader picks the one the processor runs (both
-// add the same products in the same order, so they give the same samples).
-__attribute__((target_clones("avx2", "default"))) void
-MP3PolyphaseSynth::Synthesize(const float* subbands, int* out, int stride) {
+// One step: matrixing of the subband samples into the newest 64 values of the history at v,
+// then the window over the history.
+[[gnu::always_inline]] inline void SynthesisStep(const float* subbands, float* v, int* out,
+                                                 int stride) {
     const MP3LookupTables& tables = MP3LookupTables::Get();
     // Matrixing: f[n] = sum of subbands[k] cos((2k + 1) n pi / 64); the 64 values of the
     // standard's vector are f[16..32], -f[31..1] and -f[0..15].
     float f[32];
     Dct2<32>(subbands, f, tables.dctFactors);
-    offset_ -= 64;
-    if (offset_ < 0) {
-        std::memcpy(history_ + 1024 + 64, history_, 960 * sizeof *history_);
-        offset_ = 1024;
-    }
-    float* v = history_ + offset_;
     for (int i = 0; i < 16; ++i)
         v[i] = f[16 + i];
     v[16] = 0.0f;
@@ -118,7 +106,33 @@ MP3PolyphaseSynth::Synthesize(const float* subbands, int* out, int stride) {
         for (int j = 0; j < 32; ++j)
             sum[j] += a[j] * da[j] + b[j] * db[j];
     }
-    constexpr float kLimit = static_cast<float>(kMaxAmplitude);
+    constexpr float kLimit = static_cast<float>(MP3PolyphaseSynth::kMaxAmplitude);
     for (int j = 0; j < 32; ++j)
         out[j * stride] = static_cast<int>(std::clamp(sum[j], -kLimit, kLimit));
+}
+
+__attribute__((target("avx2"))) void SynthesisStepAvx2(const float* subbands, float* v, int* out,
+                                                       int stride) {
+    SynthesisStep(subbands, v, out, stride);
+}
+
+void SynthesisStepBaseline(const float* subbands, float* v, int* out, int stride) {
+    SynthesisStep(subbands, v, out, stride);
+}
+
+} // namespace
+
+void MP3PolyphaseSynth::Reset() {
+    std::memset(history_, 0, sizeof history_);
+    offset_ = 1024;
+}
+
+void MP3PolyphaseSynth::Synthesize(const float* subbands, int* out, int stride) {
+    static const auto step = ChooseForProcessor(&SynthesisStepAvx2, &SynthesisStepBaseline);
+    offset_ -= 64;
+    if (offset_ < 0) {
+        std::memcpy(history_ + 1024 + 64, history_, 960 * sizeof *history_);
+        offset_ = 1024;
+    }
+    step(subbands, history_ + offset_, out, stride);
 }
