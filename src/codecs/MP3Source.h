@@ -28,8 +28,6 @@ public:
 
     // The first frame's header (its bit rate replaced by the average measured when opening).
     const MP3Header& GetReferenceHeader() const { return reference_; }
-    // True when the end is exact (a frame count was found), not an estimate.
-    bool IsLengthKnown() const { return frameCount_ > 0; }
 
 private:
     // Finds the first frame, reads a VBR header or measures the average bit rate.
