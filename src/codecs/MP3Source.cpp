@@ -48,14 +48,13 @@ LMP3Source::LMP3Source(const char* path) : LSoundSourceBase(44100, 2, kMaxAmplit
     sampleRate_ = reference_.GetSampleRate();
     samplesPerFrame_ = reference_.GetSamplesPerFrame();
     const double bytes = static_cast<double>(file_.GetBytesRemaining());
-    int frames = frameCount_;
-    if (frameCount_ > 0) {
-        bytesPerFrame_ = bytes / frameCount_;
-    } else {
-        bytesPerFrame_ =
-            (reference_.version != 0 ? 72.0 : 144.0) * reference_.bitRate / sampleRate_;
-        frames = static_cast<int>(std::min(bytes / bytesPerFrame_ + 0.9, 1e9));
-    }
+    // Frames of a constant bit rate average exactly this many bytes, whatever follows the
+    // audio (such as an APE tag); a VBR frame count gives the average of the file.
+    bytesPerFrame_ = (reference_.version != 0 ? 72.0 : 144.0) * reference_.bitRate / sampleRate_;
+    if (frameCount_ > 0 && variableBitRate_) bytesPerFrame_ = bytes / frameCount_;
+    const int frames = frameCount_ > 0
+                           ? frameCount_
+                           : static_cast<int>(std::min(bytes / bytesPerFrame_ + 0.9, 1e9));
     end_ =
         static_cast<int>(std::min<std::int64_t>(std::int64_t{frames} * samplesPerFrame_, INT_MAX));
     seekIndex_.reserve(static_cast<size_t>(frames) * 2 / kIndexStep + 16);

@@ -176,8 +176,11 @@ TEST_F(Mp3SourceTest, FilesOfFewerThanFiveFramesPlayWithExactLength) {
 // IMDCT overlap and the filter history: the samples are those of reading from the start, in
 // files of constant and of variable bit rate.
 TEST_F(Mp3SourceTest, SeekReadsWhatReadingFromTheStartGives) {
+    // Bytes after the audio (an APE tag, say) must not shift the frames of a constant bit rate.
+    const auto trailing = Write(
+        "trailing.mp3", Concat(ReadFileBytes(File("cbr.mp3")), std::vector<uint8_t>(3000, 'A')));
     for (const std::filesystem::path& path :
-         {File("cbr-plain.mp3"), File("cbr.mp3"), File("vbr.mp3"), File("vbr-plain.mp3"),
+         {File("cbr-plain.mp3"), File("cbr.mp3"), trailing, File("vbr.mp3"), File("vbr-plain.mp3"),
           std::filesystem::path(Mp3ConformancePath("M2L3_noise.bit")),
           std::filesystem::path(Mp3ConformancePath("l3-sin1k0db.bit"))}) {
         const LSoundSource source = LMP3File::OpenSource(path.c_str());
