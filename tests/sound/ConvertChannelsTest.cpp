@@ -1,83 +1,69 @@
-#include "ConvertTestSignals.h"
+#include "support/ToneSignals.h"
 
 #include "sound/ConvertChannels.h"
 #include "sound/ConvertRateChannels.h"
 #include "sound/ConvertRateSource.h"
+#include "sound/SinkToSource.h"
 
 #include <gtest/gtest.h>
 
-using namespace convert_test;
-
 namespace {
 
-// Frames of fixed values, repeated.
-class PatternSource : public LSoundSourceBase {
-public:
-    PatternSource(unsigned char channels, std::vector<int> pattern)
-        : LSoundSourceBase(44100, channels, 524272), pattern_(std::move(pattern)) {}
-    void Read(int* buffer, int frames) override {
-        for (int i = 0; i < frames * channels_; ++i)
-            buffer[i] = pattern_[(position_ * channels_ + i) % pattern_.size()];
-        position_ += frames;
-    }
-    int GetPositionSample() const override { return position_; }
-    int GetEndSample() const override { return 20000; }
-    void Seek(int frame) override { position_ = frame; }
-
-private:
-    std::vector<int> pattern_;
-    int position_ = 0;
-};
+// A source of given interleaved frames, then silence: a pipe whose writer has finished.
+LSoundSource MakeFramesSource(unsigned char channels, const std::vector<int>& samples) {
+    LSinkToSource pipe(44100, channels, 524272);
+    pipe.OpenSink()->Write(samples.data(), static_cast<int>(samples.size() / channels));
+    return pipe.OpenSource();
+}
 
 } // namespace
 
 TEST(ConvertChannels, MonoIsDuplicatedAndStereoAveraged) {
-    LSoundSource mono(new PatternSource(1, {5, -7}));
+    LSoundSource mono = MakeFramesSource(1, {5, -7, 5});
     LSoundSource stereo = LSPConvChannels(2).OpenSource(mono);
     ASSERT_NE(dynamic_cast<LSRCConvMonoStereo*>(stereo.Get()), nullptr);
     EXPECT_EQ(stereo->GetChannels(), 2);
     EXPECT_EQ(ReadFrames(stereo, 3), (std::vector<int>{5, 5, -7, -7, 5, 5}));
 
     // Averages round down (arithmetic shift); more than one block in one read.
-    LSoundSource pairs(new PatternSource(2, {-3, 4, -3, -4, 2000000, 2000001}));
+    std::vector<int> frames{-3, 4, -3, -4, 2000000, 2000001};
+    frames.resize(2 * 10000, 1);
+    LSoundSource pairs = MakeFramesSource(2, frames);
     LSoundSource down = LSPConvChannels(1).OpenSource(pairs);
     ASSERT_NE(dynamic_cast<LSRCConvStereoMono*>(down.Get()), nullptr);
     std::vector<int> samples(10000);
     down->Read(samples.data(), 10000);
     EXPECT_EQ(std::vector<int>(samples.begin(), samples.begin() + 3),
               (std::vector<int>{0, -4, 2000000}));
-    EXPECT_EQ(samples[9999], 0);
-    EXPECT_EQ(down->GetPositionSample(), 10000);
-    EXPECT_EQ(pairs->GetPositionSample(), 10000);
+    EXPECT_EQ(samples[9999], 1);
 }
 
 TEST(ConvertChannels, OtherPairsAndFailedSourcesPassThrough) {
-    LSoundSource six(new PatternSource(6, {1}));
+    LSoundSource six = MakeFramesSource(6, std::vector<int>(6));
     EXPECT_EQ(LSPConvChannels(2).OpenSource(six).Get(), six.Get());
-    LSoundSource mono(new PatternSource(1, {1}));
+    LSoundSource mono = MakeFramesSource(1, {1});
     EXPECT_EQ(LSPConvChannels(1).OpenSource(mono).Get(), mono.Get());
     EXPECT_EQ(LSPConvChannels(0).OpenSource(mono).Get(), mono.Get());
     LSoundSource failed;
     EXPECT_EQ(LSPConvChannels(2).OpenSource(failed).Get(), failed.Get());
 
-    LSRCConvMonoStereo overFailed(failed);
-    EXPECT_EQ(overFailed.GetError(), sndErrInput);
+    const LSoundSource overFailed(new LSRCConvMonoStereo(failed));
+    EXPECT_EQ(overFailed->GetError(), sndErrInput);
 }
 
 TEST(ConvertSourceRateChannels, ReducesChannelsBeforeResamplingAndRaisesThemAfter) {
     // Mono to 48 kHz stereo: resampled in mono, then duplicated.
-    LSoundSource source = Sine(44100, 1, 1000, 300000, 44100);
+    LSoundSource source = MakeSineSource(44100, 1, 1000, 300000, 44100);
     LSPConvertSourceRateChannels(48000, 2, source);
     ASSERT_NE(dynamic_cast<LSRCConvMonoStereo*>(source.Get()), nullptr);
     EXPECT_EQ(source->GetSampleRate(), 48000);
-    EXPECT_EQ(source->GetMaxAmplitude(), 2 * 524272);
     EXPECT_EQ(source->GetEndSample(), 48000);
     const std::vector<int> stereo = ReadFrames(source, 48000);
-    EXPECT_NEAR(DB(ToneAmplitude(Channel(stereo, 2, 1, 12000, 24000), 48000, 1000) / 300000), 0,
-                0.2);
+    EXPECT_NEAR(DB(ToneAmplitude(ChannelValues(stereo, 2, 1, 12000, 24000), 48000, 1000) / 300000),
+                0, 0.2);
 
     // Stereo to 22,050 Hz mono: mixed down, then resampled.
-    source = Sine(44100, 2, 1000, 300000, 44100);
+    source = MakeSineSource(44100, 2, 1000, 300000, 44100);
     LSPConvertSourceRateChannels(22050, 1, source);
     auto* stage = dynamic_cast<LSRCConvertRate*>(source.Get());
     ASSERT_NE(stage, nullptr);
@@ -85,16 +71,17 @@ TEST(ConvertSourceRateChannels, ReducesChannelsBeforeResamplingAndRaisesThemAfte
     EXPECT_EQ(stage->GetRate().GetStep(), 2);
     // The right channel is at half the level: the mix is at three quarters.
     const std::vector<int> mono = ReadFrames(source, 22050);
-    EXPECT_NEAR(DB(ToneAmplitude(Channel(mono, 1, 0, 5512, 11025), 22050, 1000) / 225000), 0, 0.2);
+    EXPECT_NEAR(DB(ToneAmplitude(ChannelValues(mono, 1, 0, 5512, 11025), 22050, 1000) / 225000), 0,
+                0.2);
 
     // The same format: the same object.
-    LSoundSource same = Sine(44100, 2, 1000, 1000, 100);
+    LSoundSource same = MakeSineSource(44100, 2, 1000, 1000, 100);
     LSoundSource kept = same;
     LSPConvertSourceRateChannels(44100, 2, kept);
     EXPECT_EQ(kept.Get(), same.Get());
 
     // Six channels keep their count at the same rate and are refused at another.
-    LSoundSource six = Sine(44100, 6, 1000, 1000, 100);
+    LSoundSource six = MakeSineSource(44100, 6, 1000, 1000, 100);
     kept = six;
     LSPConvertSourceRateChannels(44100, 2, kept);
     EXPECT_EQ(kept.Get(), six.Get());

@@ -1,4 +1,5 @@
-#include "ConvertTestSignals.h"
+#include "support/CaptureSink.h"
+#include "support/ToneSignals.h"
 
 #include "sound/ConvertChannelsSink.h"
 #include "sound/ConvertRateChannels.h"
@@ -7,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <tuple>
-
-using namespace convert_test;
 
 namespace {
 
@@ -20,7 +19,7 @@ std::vector<int> ConvertThroughSink(int in, int out, unsigned char channels, dou
     LSoundSink target(new CaptureSink(out, channels, captured));
     LSoundSink sink = LSinkConvertRate{in}.OpenSink(target);
     target.Close();
-    LSoundSource source = Sine(in, channels, frequency, 300000, frames);
+    LSoundSource source = MakeSineSource(in, channels, frequency, 300000, frames);
     const std::vector<int> samples = ReadFrames(source, frames);
     for (int done = 0; done < frames; done += block)
         sink->Write(samples.data() + done * channels, std::min(block, frames - done));
@@ -39,7 +38,7 @@ TEST_P(ConvertRateSinkSignal, KeepsTheLevelAndFrequencyOfATone) {
     // Everything written comes out, the filter's delay included.
     ASSERT_EQ(samples.size(), 2u * 2 * out);
     for (int channel : {0, 1}) {
-        const std::vector<double> values = Channel(samples, 2, channel, out / 2, out);
+        const std::vector<double> values = ChannelValues(samples, 2, channel, out / 2, out);
         const double expected = 300000.0 / (channel + 1);
         EXPECT_NEAR(DB(ToneAmplitude(values, out, 1000) / expected), 0, 0.2);
         EXPECT_LT(ResidualDB(values, out, 1000), -40);
@@ -61,7 +60,7 @@ TEST(ConvertRateSink, RemovesTonesAboveTheOutputNyquistFrequency) {
     // The short filter leaves a wide transition band: a halving of the rate still takes a
     // 30 kHz tone far enough down.
     const std::vector<int> samples = ConvertThroughSink(88200, 44100, 1, 30000, 88200, 8192);
-    EXPECT_LT(DB(RMS(Channel(samples, 1, 0, 11025, 22050)) * std::sqrt(2.0) / 300000), -40);
+    EXPECT_LT(DB(RMS(ChannelValues(samples, 1, 0, 11025, 22050)) * std::sqrt(2.0) / 300000), -40);
 }
 
 TEST(ConvertRateSink, SeekFinishesTheFilterAndMovesTheTarget) {

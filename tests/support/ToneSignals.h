@@ -1,28 +1,27 @@
 #pragma once
 
-#include "sound/SoundSink.h"
 #include "sound/SoundSource.h"
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <numbers>
 #include <vector>
 
-// Signals and measurements shared by the converter tests.
-namespace convert_test {
+// Test tones and measurements of level and frequency on interleaved internal samples.
 
-// A sine of a given frequency and amplitude on every channel (channel c at amplitude / (c + 1)),
-// frames 0 to length - 1, zeros outside.
+// A sine on every channel (channel c at amplitude / (c + 1)), frames 0 to length - 1, zeros
+// outside.
 class SineSource : public LSoundSourceBase {
 public:
     SineSource(int rate, unsigned char channels, double frequency, double amplitude, int length)
         : LSoundSourceBase(rate, channels, 524272), step_(2 * std::numbers::pi * frequency / rate),
           amplitude_(amplitude), length_(length) {}
+
     void Read(int* buffer, int frames) override {
         for (int f = 0; f < frames; ++f, ++position_) {
-            const double value = position_ >= 0 && position_ < length_
-                                     ? amplitude_ * std::sin(step_ * position_)
-                                     : 0;
+            const bool inside = position_ >= 0 && position_ < length_;
+            const double value = inside ? amplitude_ * std::sin(step_ * position_) : 0;
             for (int c = 0; c < channels_; ++c)
                 *buffer++ = static_cast<int>(std::lround(value / (c + 1)));
         }
@@ -38,12 +37,12 @@ private:
     int position_ = 0;
 };
 
-inline LSoundSource Sine(int rate, unsigned char channels, double frequency, double amplitude,
-                         int length) {
+inline LSoundSource MakeSineSource(int rate, unsigned char channels, double frequency,
+                                   double amplitude, int length) {
     return LSoundSource(new SineSource(rate, channels, frequency, amplitude, length));
 }
 
-// Reads frames in blocks of at most 8,192.
+// Reads frames from a source in blocks of at most 8,192.
 inline std::vector<int> ReadFrames(LSoundSource& source, int frames) {
     std::vector<int> samples(static_cast<size_t>(frames) * source->GetChannels());
     for (int done = 0; done < frames;) {
@@ -54,29 +53,9 @@ inline std::vector<int> ReadFrames(LSoundSource& source, int frames) {
     return samples;
 }
 
-// Keeps everything written to it; records where it was sought.
-class CaptureSink : public LSoundSinkBase {
-public:
-    CaptureSink(int rate, unsigned char channels, std::vector<int>& samples,
-                std::vector<int>* seeks = nullptr)
-        : LSoundSinkBase(rate, channels), samples_(samples), seeks_(seeks) {}
-    void Write(const int* buffer, int frames) override {
-        samples_.insert(samples_.end(), buffer, buffer + frames * channels_);
-        position_ += frames;
-    }
-    void Seek(int frame) override {
-        if (seeks_) seeks_->push_back(frame);
-        position_ = frame;
-    }
-
-private:
-    std::vector<int>& samples_;
-    std::vector<int>* seeks_;
-};
-
 // One channel of interleaved samples, frames first to first + count - 1.
-inline std::vector<double> Channel(const std::vector<int>& samples, int channels, int channel,
-                                   int first, int count) {
+inline std::vector<double> ChannelValues(const std::vector<int>& samples, int channels, int channel,
+                                         int first, int count) {
     std::vector<double> values(count);
     for (int i = 0; i < count; ++i)
         values[i] = samples[static_cast<size_t>(first + i) * channels + channel];
@@ -104,27 +83,25 @@ inline double RMS(const std::vector<double>& values) {
     return std::sqrt(sum / static_cast<double>(values.size()));
 }
 
+inline double DB(double ratio) {
+    return 20 * std::log10(ratio);
+}
+
 // Level of what is left after taking out the best-fitting sine at the frequency, relative to
-// that sine's amplitude, in dB (noise, distortion, images and aliases together).
+// that sine's amplitude, in dB: noise, distortion, images and aliases together.
 inline double ResidualDB(const std::vector<double>& values, int rate, double frequency) {
     const std::complex<double> fit = ToneFit(values, rate, frequency);
     const double step = 2 * std::numbers::pi * frequency / rate;
     std::vector<double> rest(values.size());
     for (size_t n = 0; n < values.size(); ++n)
         rest[n] = values[n] - std::real(fit * std::polar(1.0, step * static_cast<double>(n)));
-    return 20 * std::log10(RMS(rest) * std::sqrt(2.0) / std::abs(fit));
+    return DB(RMS(rest) * std::sqrt(2.0) / std::abs(fit));
 }
 
-// Rising zero crossings.
+// Rising zero crossings: the number of cycles of a tone.
 inline int RisingCrossings(const std::vector<double>& values) {
     int count = 0;
     for (size_t n = 1; n < values.size(); ++n)
         count += values[n - 1] < 0 && values[n] >= 0;
     return count;
 }
-
-inline double DB(double ratio) {
-    return 20 * std::log10(ratio);
-}
-
-} // namespace convert_test
