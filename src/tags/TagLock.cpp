@@ -1,0 +1,6 @@
+#include "tags/TagLock.h"
+
+LLockObject& LAudioTagLock() {
+    static LLockObject lock(true);
+    return lock;
+}
