@@ -31,12 +31,4 @@ TEST(Gain, UnityIsNoStage)
     EXPECT_EQ(LSPGain(0x1007FFF).OpenSource(source).Get(), source.Get());
 }
 
-TEST(Gain, RaisingTheGainRaisesTheDeclaredMaximum)
-{
-    LSoundSource source = MakeBufferSource(kSamples, 44100, 2);
-    EXPECT_EQ(LSRCGain(source, 0x2000000).GetMaxAmplitude(), 0x200000);
-    EXPECT_EQ(LSRCGain(source, 0x800000).GetMaxAmplitude(), 524272);
-    EXPECT_EQ(LSRCGain(source, 0x1234567).GetGain9(), 0x1234567 >> 15);
-}
-
 } // namespace

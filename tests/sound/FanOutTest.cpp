@@ -67,15 +67,4 @@ TEST(FanOut, NoSinksIsAnErrorSink)
     EXPECT_EQ(multi->GetError() & 1, 1);
 }
 
-TEST(FanOut, WritesEvenIntoSinksWithErrors)
-{
-    RecordedWrites good;
-    LSoundSink sinks[] = {LSoundSink(), MakeRecordingSink(good, 44100, 1)};
-    LSoundSink multi = LSoundSinkMulti::OpenSink(sinks, 2);
-    EXPECT_EQ(multi->GetError(), 0);
-    const int frames[] = {5, 6, 7};
-    multi->Write(frames, 3);
-    EXPECT_EQ(good.samples, (std::vector<int>{5, 6, 7}));
-}
-
 } // namespace

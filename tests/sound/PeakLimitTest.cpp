@@ -116,15 +116,4 @@ TEST(PeakLimit, StreamingSourceGetsShorterBlocksAndHoldsItsTail)
     EXPECT_EQ(limited->GetEndSample(), 48000 - 3 * (48000 / 70));
 }
 
-TEST(PeakLimit, GainForAPeak)
-{
-    LSoundSource source = MakeBufferSource({0}, 44100, 1, 2097152);
-    LSRCPeakLimit limiter(source, 0x7FFFFFF);
-    EXPECT_EQ(limiter.GetMaxAmplitude(), 0x3FFFFF);
-    EXPECT_EQ(limiter.ConvMaxtoLev(0x3FFFFF), 0x1000000);
-    // Half the limit: (limit * 512 / ((peak + 64) >> 6)) * 512.
-    EXPECT_EQ(limiter.ConvMaxtoLev(0x7FFFFE), (0x3FFFFF * 512 / ((0x7FFFFE + 64) >> 6)) * 512);
-    EXPECT_NEAR(limiter.ConvMaxtoLev(0x7FFFFE) / double(0x1000000), 0.5, 0.001);
-}
-
 } // namespace
