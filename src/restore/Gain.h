@@ -10,11 +10,8 @@ public:
 
     void Read(int* buffer, int frames) override;
 
-    // 512 is unity.
-    int GetGain9() const { return gain9_; }
-
 private:
-    int gain9_;
+    int gain9_; // 512 is unity
 };
 
 class LSPGain : public LSoundProcess {
