@@ -120,10 +120,9 @@ void ReadComment(const uint8_t* data, std::size_t size, LAudioTagData& tags) {
     const uint8_t encoding = data[0];
     std::string description, text;
     const std::size_t span = StringSpan(encoding, data + 4, size - 4);
-    if (!DecodeString(encoding, data + 4, span, description) ||
-        !DecodeString(encoding, data + 4 + span, size - 4 - span, text))
-        return;
-    if (description.empty() || !tags.HasParm("COMMENT")) Store(tags, "COMMENT", text);
+    const bool plain = DecodeString(encoding, data + 4, span, description) && description.empty();
+    if (!DecodeString(encoding, data + 4 + span, size - 4 - span, text)) return;
+    if (plain || !tags.HasParm("COMMENT")) Store(tags, "COMMENT", text);
 }
 
 // Encoding, description, then the URL in ISO-8859-1.

@@ -1,0 +1,271 @@
+// MP3 tags on real files, checked against what ffprobe, mutagen and id3lib read and write.
+
+#include "tags/AudioTagData.h"
+#include "tags/ID3v2.h"
+#include "tags/TagTestFiles.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+using namespace tagtest;
+
+namespace {
+
+constexpr const char* kCafe = "Caf\xC3\xA9 M\xC3\xBCller";
+
+// The ID3v1 block of the file as mutagen parses it: "FRAME=text" lines.
+std::string MutagenID3v1(const std::filesystem::path& path) {
+    return RunMutagen("import sys\n"
+                      "from mutagen.id3._id3v1 import ParseID3v1\n"
+                      "data = open(sys.argv[1], 'rb').read()[-128:]\n"
+                      "frames = ParseID3v1(data, 3)\n"
+                      "for key in sorted(frames): print(key + '=' + str(frames[key]))\n",
+                      path);
+}
+
+std::size_t ID3v2TagSize(const std::vector<uint8_t>& bytes) {
+    return kID3v2HeaderSize + ID3v2DecodeTagSize(bytes.data() + 6);
+}
+
+LAudioTagData Read(const std::filesystem::path& path) {
+    LAudioTagData tags;
+    tags.ReadTags(path.c_str(), tagModeAll);
+    return tags;
+}
+
+} // namespace
+
+TEST(MP3Tags, WhatThisSystemWritesOtherProgramsRead) {
+    TempHome home;
+    const auto path = MakeMp3(home.Path());
+    LAudioTagData tags;
+    tags.SetTag("TITLE", kCafe, true);
+    tags.SetTag("ARTIST", "Pina Bausch", true);
+    tags.SetTag("ALBUM", "Tanztheater", true);
+    tags.SetTag("YEAR", "1978", true);
+    tags.SetTag("TRACKNUMBER", "3/12", true);
+    tags.SetTag("GENRE", "Jazz", true);
+    tags.SetTag("COMMENT", "Erste Seite \xC3\xA0 gauche", true);
+    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
+
+    auto probed = FFprobeTags(path);
+    EXPECT_EQ(probed["title"], kCafe);
+    EXPECT_EQ(probed["artist"], "Pina Bausch");
+    EXPECT_EQ(probed["album"], "Tanztheater");
+    EXPECT_EQ(probed["date"], "1978");
+    EXPECT_EQ(probed["track"], "3/12");
+    EXPECT_EQ(probed["genre"], "Jazz");
+    EXPECT_EQ(probed["comment"], "Erste Seite \xC3\xA0 gauche");
+
+    // The ID3v1 block holds the same texts in ISO-8859-1, the track number and genre 8 (Jazz).
+    const std::string id3v1 = MutagenID3v1(path);
+    EXPECT_NE(id3v1.find(std::string("TIT2=") + kCafe + "\n"), std::string::npos) << id3v1;
+    EXPECT_NE(id3v1.find("TPE1=Pina Bausch\n"), std::string::npos) << id3v1;
+    EXPECT_NE(id3v1.find("TRCK=3\n"), std::string::npos) << id3v1;
+    EXPECT_NE(id3v1.find("TCON=8\n"), std::string::npos) << id3v1;
+    EXPECT_NE(id3v1.find("TYER=1978\n"), std::string::npos) << id3v1;
+
+    const LAudioTagData read = Read(path);
+    EXPECT_EQ(read.GetID3v2Version(), 3);
+    for (const LHashTable::LHashNode& node : tags)
+        EXPECT_EQ(read.GetTag(node.name.c_str()), node.value) << node.name;
+    EXPECT_EQ(read.GetCount(), tags.GetCount());
+}
+
+TEST(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
+    TempHome home;
+    const auto path = MakeMp3(home.Path());
+    const std::vector<uint8_t> audio = ReadBytes(path);
+    ASSERT_GT(audio.size(), 1000u);
+
+    LAudioTagData tags;
+    const std::string longTitle = "A title of thirty-one characters";
+    ASSERT_EQ(longTitle.size(), 32u);
+    tags.SetTag("TITLE", longTitle.substr(0, 31).c_str(), true);
+    tags.SetTag("TRACKNUMBER", "3/12", true);
+    tags.SetTag("GENRE", "rock", true);
+    ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
+    tags.SetTag("ARTIST", "Someone Else", true);
+    tags.SetTag("GENRE", "My Genre", true);
+    ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
+
+    const std::vector<uint8_t> bytes = ReadBytes(path);
+    const std::size_t tagSize = ID3v2TagSize(bytes);
+    ASSERT_EQ(bytes.size(), tagSize + audio.size() + 128);
+    EXPECT_TRUE(std::equal(audio.begin(), audio.end(), bytes.begin() + tagSize));
+    const uint8_t* block = &bytes[bytes.size() - 128];
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(block), 3), "TAG");
+    EXPECT_NE(std::string(reinterpret_cast<const char*>(block) - 128, 3), "TAG");
+    // 29 characters and a zero in ID3v1; the whole title in ID3v2.
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(block + 3)), longTitle.substr(0, 29));
+    EXPECT_EQ(block[126], 3);
+    // "My Genre" is no ID3v1 genre: the byte "rock" left stays.
+    EXPECT_EQ(block[127], 17);
+    const LAudioTagData read = Read(path);
+    EXPECT_EQ(read.GetTag("TITLE"), longTitle.substr(0, 31));
+    EXPECT_EQ(read.GetTag("GENRE"), "My Genre");
+    EXPECT_EQ(read.GetTag("TRACKNUMBER"), "3/12");
+
+    // Without a genre the byte becomes 148; a genre on a new block that is no ID3v1 genre is 0.
+    tags.DeleteParm("GENRE");
+    ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
+    EXPECT_EQ(ReadBytes(path).back(), 148);
+    const auto other = MakeMp3(home.Path(), "other.mp3");
+    tags.SetTag("GENRE", "My Genre", true);
+    ASSERT_TRUE(tags.WriteTagsMP3(other.c_str()));
+    EXPECT_EQ(ReadBytes(other).back(), 0);
+}
+
+TEST(MP3Tags, ID3v2WinsAndID3v1FillsTheGaps) {
+    TempHome home;
+    const auto path = MakeMp3(home.Path());
+    LAudioTagData old;
+    old.SetTag("TITLE", "Old title", true);
+    old.SetTag("YEAR", "1969", true);
+    ASSERT_TRUE(old.WriteTagsID3v1(path.c_str()));
+    LAudioTagData current;
+    current.SetTag("TITLE", "New title", true);
+    ASSERT_TRUE(current.WriteTagsID3v2(path.c_str()));
+
+    const LAudioTagData read = Read(path);
+    EXPECT_EQ(read.GetTag("TITLE"), "New title");
+    EXPECT_EQ(read.GetTag("YEAR"), "1969");
+}
+
+TEST(MP3Tags, ReadsVersion23TagsOfId3libAndMutagen) {
+    TempHome home;
+    const auto path = MakeMp3(home.Path());
+    int status = -1;
+    RunCommand("id3v2 -a 'The Artist' -A 'The Album' -t 'The Title' -y 1999 -T 3/12 -g 17 "
+               "-c 'A comment' " +
+                   ShellQuote(path.string()) + " 2>&1",
+               &status);
+    ASSERT_EQ(status, 0);
+    LAudioTagData tags = Read(path);
+    EXPECT_EQ(tags.GetID3v2Version(), 3);
+    EXPECT_EQ(tags.GetTag("TITLE"), "The Title");
+    EXPECT_EQ(tags.GetTag("ARTIST"), "The Artist");
+    EXPECT_EQ(tags.GetTag("ALBUM"), "The Album");
+    EXPECT_EQ(tags.GetTag("YEAR"), "1999");
+    EXPECT_EQ(tags.GetTag("TRACKNUMBER"), "3/12");
+    EXPECT_EQ(tags.GetTag("GENRE"), "Rock");
+    EXPECT_EQ(tags.GetTag("COMMENT"), "A comment");
+
+    const auto other = MakeMp3(home.Path(), "mutagen.mp3");
+    const std::string output =
+        RunMutagen("import sys\n"
+                   "from mutagen.id3 import ID3, TIT2, TPE1, TALB, COMM, TCON, TRCK, TPOS\n"
+                   "tags = ID3()\n"
+                   "tags.add(TIT2(encoding=1, text='Caf\\u00e9 M\\u00fcller \\u266b'))\n"
+                   "tags.add(TPE1(encoding=0, text='\\u00c4rzte'))\n"
+                   "tags.add(TALB(encoding=1, text='Gr\\u00fc\\u00dfe'))\n"
+                   "tags.add(COMM(encoding=1, lang='deu', desc='', text='Sch\\u00f6n'))\n"
+                   "tags.add(TCON(encoding=0, text='(8)'))\n"
+                   "tags.add(TRCK(encoding=0, text='5'))\n"
+                   "tags.add(TPOS(encoding=1, text='2/2'))\n"
+                   "tags.save(sys.argv[1], v2_version=3)\n",
+                   other, &status);
+    ASSERT_EQ(status, 0) << output;
+    tags = Read(other);
+    EXPECT_EQ(tags.GetTag("TITLE"), "Caf\xC3\xA9 M\xC3\xBCller \xE2\x99\xAB");
+    EXPECT_EQ(tags.GetTag("ARTIST"), "\xC3\x84rzte");
+    EXPECT_EQ(tags.GetTag("ALBUM"), "Gr\xC3\xBC\xC3\x9F"
+                                    "e");
+    EXPECT_EQ(tags.GetTag("COMMENT"), "Sch\xC3\xB6n");
+    EXPECT_EQ(tags.GetTag("GENRE"), "Jazz");
+    EXPECT_EQ(tags.GetTag("TRACKNUMBER"), "5");
+    EXPECT_EQ(tags.GetTag("DISKNUMBER"), "2/2");
+}
+
+TEST(MP3Tags, Version22IsReadAndVersion24OnlyThroughItsID3v1Block) {
+    TempHome home;
+    const auto path = MakeMp3(home.Path());
+    std::vector<uint8_t> bytes{'I', 'D', '3', 2, 0, 0, 0, 0, 0, 0};
+    for (const auto& [id, text] : {std::pair{"TT2", "Two Two"}, {"TPA", "1/2"}}) {
+        Append(bytes, id);
+        const std::size_t size = std::strlen(text) + 1;
+        bytes.insert(bytes.end(), {0, 0, static_cast<uint8_t>(size), 0});
+        Append(bytes, text);
+    }
+    bytes.resize(bytes.size() + 30); // padding
+    ID3v2EncodeTagSize(bytes.data() + 6, static_cast<uint32_t>(bytes.size() - 10));
+    const std::vector<uint8_t> audio = ReadBytes(path);
+    bytes.insert(bytes.end(), audio.begin(), audio.end());
+    WriteBytes(path, bytes);
+    LAudioTagData tags = Read(path);
+    EXPECT_EQ(tags.GetID3v2Version(), 2);
+    EXPECT_EQ(tags.GetTag("TITLE"), "Two Two");
+    EXPECT_EQ(tags.GetTag("DISKNUMBER"), "1/2");
+
+    const auto other = MakeMp3(home.Path(), "v24.mp3");
+    int status = -1;
+    const std::string output = RunMutagen("import sys\n"
+                                          "from mutagen.id3 import ID3, TIT2, TCOM\n"
+                                          "tags = ID3()\n"
+                                          "tags.add(TIT2(encoding=3, text='Version four'))\n"
+                                          "tags.add(TCOM(encoding=3, text='Only in v2.4'))\n"
+                                          "tags.save(sys.argv[1], v2_version=4, v1=2)\n",
+                                          other, &status);
+    ASSERT_EQ(status, 0) << output;
+    tags = Read(other);
+    EXPECT_EQ(tags.GetID3v2Version(), 0);
+    EXPECT_EQ(tags.GetTag("TITLE"), "Version four");
+    EXPECT_FALSE(tags.HasParm("COMPOSER"));
+
+    // Writing replaces the version 2.4 tag with a version 2.3 one.
+    tags.SetTag("ALBUM", "Now in v2.3", true);
+    ASSERT_TRUE(tags.WriteTagsMP3(other.c_str()));
+    EXPECT_EQ(FFprobeTags(other)["album"], "Now in v2.3");
+    EXPECT_EQ(ReadBytes(other)[3], 3);
+}
+
+TEST(MP3Tags, CoverImageIsWrittenAndReadBack) {
+    TempHome home;
+    const auto path = MakeMp3(home.Path());
+    const auto cover = home.Path() / "cover.jpg";
+    RunCommand("ffmpeg -v error -f lavfi -i color=red:s=16x16 -frames:v 1 " +
+               ShellQuote(cover.string()) + " 2>&1");
+    ASSERT_TRUE(std::filesystem::exists(cover));
+    LAudioTagData tags;
+    tags.SetTag("TITLE", "With cover", true);
+    tags.SetImagePath(cover.string());
+    ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
+
+    const std::string streams = RunCommand("ffprobe -v error -show_entries stream=codec_name "
+                                           "-of default=nw=1 " +
+                                           ShellQuote(path.string()));
+    EXPECT_NE(streams.find("codec_name=mjpeg"), std::string::npos) << streams;
+    const LAudioTagData read = Read(path);
+    EXPECT_EQ(read.GetImagePath(), LID3v2CoverImagePath());
+    EXPECT_EQ(ReadBytes(read.GetImagePath()), ReadBytes(cover));
+}
+
+TEST(MP3Tags, DamagedOrMissingFilesFailAndLoseNothing) {
+    TempHome home;
+    const auto path = MakeMp3(home.Path());
+    const std::vector<uint8_t> audio = ReadBytes(path);
+    // A tag whose size runs past the end of the file.
+    std::vector<uint8_t> bytes{'I', 'D', '3', 3, 0, 0, 0x7F, 0x7F, 0x7F, 0x7F};
+    bytes.insert(bytes.end(), audio.begin(), audio.end());
+    WriteBytes(path, bytes);
+    LAudioTagData tags;
+    EXPECT_FALSE(tags.ReadTags(path.c_str(), tagModeAll));
+    EXPECT_TRUE(tags.IsEmpty());
+    tags.SetTag("TITLE", "Repaired", true);
+    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
+    const std::vector<uint8_t> written = ReadBytes(path);
+    const std::size_t tagSize = ID3v2TagSize(written);
+    ASSERT_EQ(written.size(), tagSize + bytes.size() + 128);
+    EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), written.begin() + tagSize));
+    EXPECT_EQ(Read(path).GetTag("TITLE"), "Repaired");
+
+    const auto missing = home.Path() / "missing.mp3";
+    EXPECT_FALSE(tags.ReadTags(missing.c_str(), tagModeAll));
+    EXPECT_FALSE(tags.WriteTags(missing.c_str(), tagModeAll, false));
+    EXPECT_FALSE(std::filesystem::exists(missing));
+    const auto text = home.Path() / "notes.txt";
+    WriteBytes(text, {'h', 'i'});
+    EXPECT_FALSE(tags.WriteTags(text.c_str(), tagModeAll, false));
+    EXPECT_EQ(ReadBytes(text).size(), 2u);
+}

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "support/TempHome.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+// Test files for the tag tests: short MP3 and wave files made with sox and LAME, byte access,
+// and what outside tools (ffprobe, mutagen) read from a file.
+
+namespace tagtest {
+
+inline std::vector<uint8_t> ReadBytes(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
+}
+
+inline void WriteBytes(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+}
+
+inline void Append(std::vector<uint8_t>& bytes, const std::string& text) {
+    bytes.insert(bytes.end(), text.begin(), text.end());
+}
+
+inline void AppendLE32(std::vector<uint8_t>& bytes, uint32_t value) {
+    for (int i = 0; i < 4; ++i)
+        bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
+}
+
+inline uint32_t LE32(const std::vector<uint8_t>& bytes, std::size_t at) {
+    return bytes[at] | (bytes[at + 1] << 8) | (bytes[at + 2] << 16) |
+           (uint32_t{bytes[at + 3]} << 24);
+}
+
+// Half a second of a stereo 440 Hz tone as 16-bit 44.1 kHz PCM (sox's header: 44 bytes).
+inline std::filesystem::path MakeWave(const std::filesystem::path& folder,
+                                      const std::string& name = "tone.wav") {
+    const std::filesystem::path path = folder / name;
+    RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(path.string()) +
+               " synth 0.5 sine 440 2>&1");
+    return path;
+}
+
+// The same tone as a 128 kbit/s MP3 without tags.
+inline std::filesystem::path MakeMp3(const std::filesystem::path& folder,
+                                     const std::string& name = "tone.mp3") {
+    const std::filesystem::path wave = MakeWave(folder, name + ".source.wav");
+    const std::filesystem::path path = folder / name;
+    RunCommand("lame --quiet -b 128 " + ShellQuote(wave.string()) + " " +
+               ShellQuote(path.string()) + " 2>&1");
+    std::filesystem::remove(wave);
+    return path;
+}
+
+// The file's tags as ffprobe reads them, lower-case names.
+inline std::map<std::string, std::string> FFprobeTags(const std::filesystem::path& path) {
+    const std::string output =
+        RunCommand("ffprobe -v error -show_entries format_tags -of default=noprint_wrappers=1 " +
+                   ShellQuote(path.string()));
+    std::map<std::string, std::string> tags;
+    std::size_t start = 0;
+    while (start < output.size()) {
+        std::size_t end = output.find('\n', start);
+        if (end == std::string::npos) end = output.size();
+        const std::string line = output.substr(start, end - start);
+        const std::size_t equals = line.find('=');
+        if (line.starts_with("TAG:") && equals != std::string::npos) {
+            std::string name = line.substr(4, equals - 4);
+            for (char& c : name)
+                c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+            tags[name] = line.substr(equals + 1);
+        }
+        start = end + 1;
+    }
+    return tags;
+}
+
+// Runs a Python script with the system's Python (where mutagen is installed); the file path
+// is the script's sys.argv[1].
+inline std::string RunMutagen(const std::string& script, const std::filesystem::path& path,
+                              int* status = nullptr) {
+    return RunCommand("/usr/bin/python3 -c " + ShellQuote(script) + " " +
+                          ShellQuote(path.string()) + " 2>&1",
+                      status);
+}
+
+} // namespace tagtest
