@@ -9,3 +9,4 @@ using CliArgs = std::vector<std::string>;
 
 int CliSettings(const CliArgs& args);
 int CliInfo(const CliArgs& args);
+int CliDecode(const CliArgs& args);

@@ -17,6 +17,7 @@ const CliCommand kCommands[] = {
      "settings get SECTION KEY [DEFAULT] | settings set SECTION KEY VALUE |\n"
      "                    settings delete SECTION KEY"},
     {"info", CliInfo, "info FILE"},
+    {"decode", CliDecode, "decode IN OUT [--rate R] [--channels C]"},
 };
 
 void PrintHelp(FILE* out)

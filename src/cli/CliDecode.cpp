@@ -1,0 +1,90 @@
+#include "cli/CliAudioFiles.h"
+#include "cli/CliJobProgress.h"
+#include "cli/Commands.h"
+
+#include "codecs/AiffFile.h"
+#include "codecs/WaveFile.h"
+#include "sound/ConvertRateChannels.h"
+#include "sound/SourceToSink.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+constexpr const char* kUsage = "usage: vinora-cli decode IN OUT [--rate R] [--channels C]\n";
+
+// A whole positive number from the command line, at most `most`; 0 when it is not one.
+int ParseCount(const std::string& text, long most) {
+    char* end = nullptr;
+    const long value = std::strtol(text.c_str(), &end, 10);
+    return !text.empty() && *end == '\0' && value > 0 && value <= most ? int(value) : 0;
+}
+
+struct DecodeOptions {
+    std::string in;
+    std::string out;
+    int rate = 0;     // 0: the source's own
+    int channels = 0; // 0: the source's own
+};
+
+bool ParseOptions(const CliArgs& args, DecodeOptions& options) {
+    std::vector<std::string> paths;
+    for (size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--rate" || args[i] == "--channels") {
+            if (i + 1 == args.size()) return false;
+            const bool isRate = args[i] == "--rate";
+            const int value = ParseCount(args[++i], isRate ? kWaveMaxSampleRate : 2);
+            if (value == 0) return false;
+            (isRate ? options.rate : options.channels) = value;
+        } else {
+            paths.push_back(args[i]);
+        }
+    }
+    if (paths.size() != 2) return false;
+    options.in = paths[0];
+    options.out = paths[1];
+    return true;
+}
+
+} // namespace
+
+int CliDecode(const CliArgs& args) {
+    DecodeOptions options;
+    if (!ParseOptions(args, options)) {
+        std::fputs(kUsage, stderr);
+        return 2;
+    }
+    LSoundSource source = CliOpenAudioSource(options.in);
+    if (source->GetError() != sndErrNone) {
+        std::fprintf(stderr, "vinora-cli decode: %s: %s\n", options.in.c_str(),
+                     CliSoundErrorText(source->GetError()));
+        return 2;
+    }
+    const int rate = options.rate ? options.rate : source->GetSampleRate();
+    const auto channels =
+        static_cast<unsigned char>(options.channels ? options.channels : source->GetChannels());
+    LSPConvertSourceRateChannels(rate, channels, source);
+    if (source->GetError() != sndErrNone || source->GetSampleRate() != rate ||
+        source->GetChannels() != channels) {
+        std::fprintf(stderr, "vinora-cli decode: %s: cannot convert to %d Hz with %d channels\n",
+                     options.in.c_str(), rate, channels);
+        return 2;
+    }
+
+    LPRSourceToSink job;
+    job.source = source;
+    job.sink = CliHasExtension(options.out, ".aif") || CliHasExtension(options.out, ".aiff")
+                   ? LAifFile::OpenSinkPCM16(options.out.c_str(), rate, channels)
+                   : LWaveFile::OpenSinkPCM(options.out.c_str(), rate, channels, 16, 0);
+    if (job.sink->GetError() & 1) {
+        std::fprintf(stderr, "vinora-cli decode: %s: the file could not be written\n",
+                     options.out.c_str());
+        return 2;
+    }
+    CliJobProgress progress;
+    const LProcessResult result = Process(progress, job);
+    if (result == PROCESS_STOPPED) std::fprintf(stderr, "vinora-cli decode: stopped\n");
+    return result;
+}

@@ -1,0 +1,42 @@
+#include "cli/CliJobProgress.h"
+
+#include <csignal>
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+volatile std::sig_atomic_t gInterrupted = 0;
+
+extern "C" void OnInterrupt(int) {
+    gInterrupted = 1;
+}
+
+} // namespace
+
+CliJobProgress::CliJobProgress() : terminal_(isatty(STDERR_FILENO) == 1) {
+    gInterrupted = 0;
+    std::signal(SIGINT, OnInterrupt);
+}
+
+CliJobProgress::~CliJobProgress() {
+    std::signal(SIGINT, SIG_DFL);
+    if (shown_) std::fputc('\n', stderr);
+}
+
+bool CliJobProgress::IsToStop() {
+    return gInterrupted != 0;
+}
+
+void CliJobProgress::SetStatus(const char* text, int line) {
+    if (line == 0) status_ = text;
+}
+
+void CliJobProgress::SetProgress(double fraction) {
+    const int percent = static_cast<int>(fraction * 100 + 0.5);
+    if (!terminal_ || percent == lastPercent_) return;
+    lastPercent_ = percent;
+    shown_ = true;
+    std::fprintf(stderr, "\r%s: %3d%%", status_.c_str(), percent);
+    std::fflush(stderr);
+}
