@@ -1,0 +1,33 @@
+#include "codecs/Pipe16Sink.h"
+
+#include "platform/Log.h"
+#include "sound/SampleFormat.h"
+
+#include <algorithm>
+
+LPipe16Sink::LPipe16Sink(const char* command, int sampleRate, unsigned char channels)
+    : LSoundSinkBase(sampleRate, channels),
+      buffer_(static_cast<size_t>(kBufferFrames) * channels_ * LSFBE16::kBytes) {
+    if (!pipe_.Open(command)) {
+        LOGERROR("Could not start the command: %s", command);
+        error_ |= 1;
+    }
+}
+
+LPipe16Sink::~LPipe16Sink() {
+    if (!pipe_.IsOpen()) return;
+    const int status = pipe_.Close();
+    if (status != 0) LOGERROR("The encoder ended with exit status %d", status);
+}
+
+void LPipe16Sink::Write(const int* buffer, int frames) {
+    position_ += frames;
+    while (frames > 0 && pipe_.IsOpen()) {
+        const int block = std::min(frames, kBufferFrames);
+        const int values = block * channels_;
+        ConvertSamplesOut<LSFBE16>(buffer_.data(), buffer, values);
+        pipe_.Write(buffer_.data(), static_cast<size_t>(values) * LSFBE16::kBytes);
+        buffer += values;
+        frames -= block;
+    }
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+// Optional programs the application runs, such as the MP3 encoder "mp3el". Each component is
+// a file or folder named after it in the components folder,
+// <application-support>/Brakwater Software/Components, where the download installs it.
+
+// The components folder into the 260-byte `out`, created with every missing folder above it.
+// True when it exists afterwards.
+bool GetComponentFolder(char* out);
+
+// Looks for a component; `out` (260 bytes) gets its path and true when it is there. The
+// components folder comes first; a plain file found there is made readable, writable and
+// executable by everyone. When `allowSystemCopy` is set and the folder has no such component,
+// a program installed on the system that does the same job stands in for it: "mp3el" is the
+// LAME encoder, "lame" on PATH. Otherwise false, with `out` holding where the component would
+// be installed (or only the folder's path when the folder cannot be had).
+bool GetComponentPath(const char* name, char* out, bool allowSystemCopy);
+
+// Whether the component is delivered as a zip archive that unpacks into a folder.
+bool LIsZipComponent(const char* name);
+// The name of the component's file on the download server: the bare name, "<name>.zip" for
+// zip components, and "ffmpeg4" gets an "i" appended ("ffmpeg4i.zip").
+void LGetComponentServerFileName(char* out, const char* name);

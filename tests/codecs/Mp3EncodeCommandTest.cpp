@@ -1,0 +1,191 @@
+#include "codecs/Mp3EncodeCommand.h"
+#include "codecs/Mp3EncodeSettings.h"
+#include "platform/Settings.h"
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+LMp3EncodeSettings Cbr(int kbps, bool highQuality = false) {
+    LMp3EncodeSettings settings{LMp3EncodeSettings::DefaultsTag{}};
+    settings.cbrBitRate = static_cast<uint16_t>(kbps);
+    settings.highQuality = highQuality;
+    return settings;
+}
+
+LMp3EncodeSettings Vbr(int minKbps, int maxKbps, int quality = 4) {
+    LMp3EncodeSettings settings{LMp3EncodeSettings::DefaultsTag{}};
+    settings.constantBitRate = 0;
+    settings.vbrMinBitRate = static_cast<uint16_t>(minKbps);
+    settings.vbrMaxBitRate = static_cast<uint16_t>(maxKbps);
+    settings.vbrQuality = static_cast<uint8_t>(quality);
+    return settings;
+}
+
+// A private home with an encoder component installed, so that the command lines name a
+// known encoder path.
+class Mp3CommandLineTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const auto folder = home_.DataHome() / "Brakwater Software" / "Components";
+        std::filesystem::create_directories(folder);
+        encoder_ = (folder / "mp3el").string();
+        std::ofstream(encoder_) << "#!/bin/sh\n";
+    }
+
+    struct Result {
+        bool ok;
+        std::string command;
+        int rate;
+        int channels;
+    };
+
+    Result Build(const LMp3EncodeSettings& settings, int rate, int channels,
+                 const char* output = "/x/a.mp3") {
+        char command[kMp3CommandLineSize];
+        int sinkRate = 0;
+        unsigned char sinkChannels = 0;
+        const bool ok = Mp3CreateEncoderCommandLine(command, sinkRate, sinkChannels, output,
+                                                    settings, rate,
+                                                    static_cast<unsigned char>(channels));
+        return {ok, command, sinkRate, sinkChannels};
+    }
+
+    std::string Quoted() const { return "\"" + encoder_ + "\""; }
+
+    TempHome home_;
+    std::string encoder_;
+};
+
+TEST(Mp3EncodeSettingsTest, LoadsDefaultsStoresAndNarrowsAWideVbrRange) {
+    TempHome home;
+    const LMp3EncodeSettings fresh;
+    EXPECT_EQ(fresh.constantBitRate, 1);
+    EXPECT_EQ(fresh.cbrBitRate, 128);
+    EXPECT_EQ(fresh.highQuality, 1);
+    EXPECT_EQ(fresh.vbrMinBitRate, 32);
+    EXPECT_EQ(fresh.vbrMaxBitRate, 128);
+    EXPECT_EQ(fresh.vbrQuality, 4);
+    EXPECT_EQ(fresh.errorProtection, 0);
+    EXPECT_EQ(fresh.channelMode, 0);
+
+    LMp3EncodeSettings changed = Vbr(24, 192, 2);
+    changed.errorProtection = 1;
+    changed.channelMode = LMp3EncodeSettings::modeForce;
+    changed.SaveAsDefaultSettings();
+    EXPECT_EQ(LUserSettingGetString("MP3Encoder", "ConstantBitRate"), "0");
+    EXPECT_EQ(LUserSettingGetString("MP3Encoder", "VBRMinBitRate"), "24");
+    EXPECT_EQ(LUserSettingGetString("MP3Encoder", "VBRMaxBitRate"), "192");
+
+    const LMp3EncodeSettings loaded;
+    EXPECT_EQ(loaded.constantBitRate, 0);
+    EXPECT_EQ(loaded.vbrMinBitRate, 32) << "below 32 with a maximum above 160 is raised";
+    EXPECT_EQ(loaded.vbrMaxBitRate, 192);
+    EXPECT_EQ(loaded.vbrQuality, 2);
+    EXPECT_EQ(loaded.errorProtection, 1);
+    EXPECT_EQ(loaded.channelMode, LMp3EncodeSettings::modeForce);
+}
+
+TEST(Mp3CorrectSampleRateTest, SnapsToEncoderRates) {
+    struct Case {
+        LMp3EncodeSettings settings;
+        int rate;
+        int expected;
+    };
+    const Case cases[] = {
+        {Cbr(128), 44100, 44100}, {Cbr(128), 48000, 48000}, {Cbr(64), 96000, 48000},
+        {Cbr(128), 47999, 44100}, {Cbr(128), 44101, 44100}, {Cbr(128), 32001, 44100},
+        {Cbr(128), 44099, 44100}, {Cbr(128), 32000, 32000}, {Cbr(128), 31999, 32000},
+        {Cbr(128), 24001, 32000}, {Cbr(128), 24000, 24000}, {Cbr(128), 23999, 22050},
+        {Cbr(128), 22051, 22050}, {Cbr(128), 22049, 22050}, {Cbr(128), 16001, 22050},
+        {Cbr(128), 16000, 16000}, {Cbr(128), 15999, 11025}, {Cbr(128), 11026, 11025},
+        {Cbr(128), 11025, 11025}, {Cbr(128), 11024, 11025}, {Cbr(128), 8001, 11025},
+        {Cbr(128), 8000, 8000},   {Cbr(128), 7999, 8000},   {Cbr(128), 0, 8000},
+        // Bit rates above 160 kbps need a high rate, those up to 31 kbps a low one.
+        {Cbr(320), 22050, 44100}, {Cbr(160), 22050, 22050}, {Vbr(32, 192), 8000, 44100},
+        {Cbr(24), 44100, 22050},  {Cbr(32), 44100, 44100},  {Vbr(8, 16), 48000, 22050},
+        {Vbr(8, 16), 12000, 11025},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(LMp3CorrectSampleRate(c.settings, c.rate), c.expected)
+            << "rate " << c.rate << ", bit rates " << c.settings.GetMinBitRate() << "-"
+            << c.settings.GetMaxBitRate();
+}
+
+TEST_F(Mp3CommandLineTest, CbrJointStereoGivesTheDocumentedCommand) {
+    LMp3EncodeSettings settings = Cbr(128, true);
+    settings.channelMode = LMp3EncodeSettings::modeJoint;
+    const Result result = Build(settings, 44100, 2);
+    ASSERT_TRUE(result.ok);
+    EXPECT_EQ(result.command, Quoted() + " -m j -b 128 -h -r -x -s 44.100 -S - \"/x/a.mp3\"");
+    EXPECT_EQ(result.rate, 44100);
+    EXPECT_EQ(result.channels, 2);
+}
+
+TEST_F(Mp3CommandLineTest, ModesBitRatesAndCrc) {
+    LMp3EncodeSettings vbr = Vbr(32, 128);
+    vbr.errorProtection = 1;
+    EXPECT_EQ(Build(vbr, 48000, 2).command,
+              Quoted() + " -m s -p -v -b 32 -B 128 -V 4 -r -x -s 48.000 -S - \"/x/a.mp3\"");
+
+    LMp3EncodeSettings force = Cbr(192);
+    force.channelMode = LMp3EncodeSettings::modeForce;
+    EXPECT_EQ(Build(force, 32000, 2).command,
+              Quoted() + " -m f -b 192 -r -x -s 32.000 -S - \"/x/a.mp3\"");
+
+    LMp3EncodeSettings unknownMode = Cbr(128);
+    unknownMode.channelMode = 7;
+    EXPECT_EQ(Build(unknownMode, 44100, 2).command,
+              Quoted() + " -m s -b 128 -r -x -s 44.100 -S - \"/x/a.mp3\"");
+}
+
+TEST_F(Mp3CommandLineTest, MonoAndDownmix) {
+    // Mono chosen for a stereo source: LAME is given two channels and mixes them down.
+    LMp3EncodeSettings mono = Cbr(128);
+    mono.channelMode = LMp3EncodeSettings::modeMono;
+    Result result = Build(mono, 44100, 2);
+    EXPECT_EQ(result.command, Quoted() + " -a -m m -b 128 -r -x -s 44.100 -S - \"/x/a.mp3\"");
+    EXPECT_EQ(result.channels, 2);
+
+    // A mono source is encoded as mono whatever the mode.
+    LMp3EncodeSettings joint = Cbr(128);
+    joint.channelMode = LMp3EncodeSettings::modeJoint;
+    result = Build(joint, 44100, 1);
+    EXPECT_EQ(result.command, Quoted() + " -m m -b 128 -r -x -s 44.100 -S - \"/x/a.mp3\"");
+    EXPECT_EQ(result.channels, 1);
+
+    // Bit rates of 23 kbps and less: the sink itself is mono, so no downmix switch.
+    result = Build(Vbr(8, 16), 44100, 2);
+    EXPECT_EQ(result.command,
+              Quoted() + " -m m -v -b 8 -B 16 -V 4 -r -x -s 22.050 -S - \"/x/a.mp3\"");
+    EXPECT_EQ(result.channels, 1);
+    EXPECT_LE(result.rate, 22050);
+
+    result = Build(Cbr(24), 44100, 2);
+    EXPECT_EQ(result.command, Quoted() + " -m s -b 24 -r -x -s 22.050 -S - \"/x/a.mp3\"");
+    EXPECT_EQ(result.channels, 2);
+}
+
+TEST_F(Mp3CommandLineTest, OutputPathIsQuotedAndEscapedForTheShell) {
+    const Result result = Build(Cbr(128), 11025, 2, "/m/Say \"Hi\" `now` $HOME\\x.mp3");
+    EXPECT_EQ(result.command, Quoted() + " -m s -b 128 -r -x -s 11.025 -S - "
+                                         "\"/m/Say \\\"Hi\\\" \\`now\\` \\$HOME\\\\x.mp3\"");
+}
+
+TEST_F(Mp3CommandLineTest, FailsWithoutAnEncoder) {
+    std::filesystem::remove(encoder_);
+    const char* oldPath = std::getenv("PATH");
+    const std::string saved = oldPath ? oldPath : "";
+    setenv("PATH", home_.Path().c_str(), 1);
+    const Result result = Build(Cbr(128), 44100, 2);
+    setenv("PATH", saved.c_str(), 1);
+    EXPECT_FALSE(result.ok);
+}
+
+} // namespace
