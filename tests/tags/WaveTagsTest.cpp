@@ -1,0 +1,351 @@
+// Wave tags in LIST INFO, DISP, bext and cart chunks on real files, checked against ffprobe,
+// ffmpeg and sox.
+
+#include "tags/AudioTagData.h"
+#include "tags/BWF.h"
+#include "tags/TagTestFiles.h"
+
+#include <gtest/gtest.h>
+
+using namespace tagtest;
+
+namespace {
+
+constexpr const char* kCafe = "Caf\xC3\xA9 M\xC3\xBCller";
+
+struct Chunk {
+    std::string id;
+    uint32_t size;
+    std::size_t offset;
+};
+
+// The sub-chunks of the file's RIFF WAVE form (which starts at offset 0).
+std::vector<Chunk> Chunks(const std::vector<uint8_t>& bytes) {
+    std::vector<Chunk> chunks;
+    for (std::size_t at = 12; at + 8 <= bytes.size();) {
+        const uint32_t size = LE32(bytes, at + 4);
+        chunks.push_back({std::string(bytes.begin() + at, bytes.begin() + at + 4), size, at});
+        at += 8 + ((std::size_t{size} + 1) & ~std::size_t{1});
+    }
+    return chunks;
+}
+
+std::vector<std::string> ChunkIds(const std::filesystem::path& path) {
+    std::vector<std::string> ids;
+    for (const Chunk& chunk : Chunks(ReadBytes(path)))
+        ids.push_back(chunk.id);
+    return ids;
+}
+
+// The sample bytes of the file's data chunk.
+std::vector<uint8_t> Samples(const std::filesystem::path& path) {
+    const std::vector<uint8_t> bytes = ReadBytes(path);
+    for (const Chunk& chunk : Chunks(bytes))
+        if (chunk.id == "data")
+            return std::vector<uint8_t>(bytes.begin() + chunk.offset + 8,
+                                        bytes.begin() + chunk.offset + 8 + chunk.size);
+    return {};
+}
+
+// A 16-bit mono wave file of the given chunks (placed before the data chunk).
+void WriteWave(const std::filesystem::path& path, const std::vector<uint8_t>& chunks) {
+    std::vector<uint8_t> bytes;
+    Append(bytes, "RIFF");
+    AppendLE32(bytes, 0);
+    Append(bytes, "WAVEfmt ");
+    AppendLE32(bytes, 16);
+    bytes.insert(bytes.end(), {1, 0, 1, 0, 0x44, 0xAC, 0, 0, 0x88, 0x58, 1, 0, 2, 0, 16, 0});
+    bytes.insert(bytes.end(), chunks.begin(), chunks.end());
+    Append(bytes, "data");
+    AppendLE32(bytes, 8);
+    bytes.resize(bytes.size() + 8, 0x11);
+    const uint32_t riffSize = static_cast<uint32_t>(bytes.size() - 8);
+    for (int i = 0; i < 4; ++i)
+        bytes[4 + i] = static_cast<uint8_t>(riffSize >> (8 * i));
+    WriteBytes(path, bytes);
+}
+
+void AppendChunk(std::vector<uint8_t>& bytes, const std::string& id, const std::string& data) {
+    Append(bytes, id);
+    AppendLE32(bytes, static_cast<uint32_t>(data.size()));
+    Append(bytes, data);
+    if (data.size() % 2) bytes.push_back(0);
+}
+
+// An INFO sub-chunk: text, zero, pad.
+std::string InfoEntry(const std::string& id, const std::string& text) {
+    std::vector<uint8_t> bytes;
+    AppendChunk(bytes, id, text + '\0');
+    return std::string(bytes.begin(), bytes.end());
+}
+
+LAudioTagData SampleTags() {
+    LAudioTagData tags;
+    tags.SetTag("TITLE", kCafe, true);
+    tags.SetTag("ARTIST", "Pina Bausch", true);
+    tags.SetTag("ALBUM", "Tanztheater", true);
+    tags.SetTag("YEAR", "1978", true);
+    tags.SetTag("TRACKNUMBER", "3", true);
+    tags.SetTag("GENRE", "Jazz", true);
+    tags.SetTag("COMMENT", "Erste Seite", true);
+    return tags;
+}
+
+LAudioTagData Read(const std::filesystem::path& path, int mode) {
+    LAudioTagData tags;
+    tags.ReadTags(path.c_str(), mode);
+    return tags;
+}
+
+} // namespace
+
+TEST(WaveListInfo, WhatThisSystemWritesFFprobeAndSoxRead) {
+    TempHome home;
+    const auto path = MakeWave(home.Path());
+    const std::vector<uint8_t> samples = Samples(path);
+    ASSERT_FALSE(samples.empty());
+    const LAudioTagData tags = SampleTags();
+    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeListInfo, false));
+
+    auto probed = FFprobeTags(path);
+    EXPECT_EQ(probed["title"], kCafe);
+    EXPECT_EQ(probed["artist"], "Pina Bausch");
+    EXPECT_EQ(probed["album"], "Tanztheater");
+    EXPECT_EQ(probed["date"], "1978");
+    EXPECT_EQ(probed["track"], "3");
+    EXPECT_EQ(probed["genre"], "Jazz");
+    EXPECT_EQ(probed["comment"], "Erste Seite");
+    EXPECT_EQ(Samples(path), samples);
+    EXPECT_EQ(RunCommand("soxi -s " + ShellQuote(path.string())), "22050\n");
+    const std::vector<uint8_t> bytes = ReadBytes(path);
+    EXPECT_EQ(LE32(bytes, 4), bytes.size() - 8);
+
+    LAudioTagData read;
+    EXPECT_TRUE(read.ReadTags(path.c_str(), tagModeListInfo));
+    for (const LHashTable::LHashNode& node : tags)
+        EXPECT_EQ(read.GetTag(node.name.c_str()), node.value) << node.name;
+    EXPECT_EQ(read.GetCount(), tags.GetCount());
+}
+
+TEST(WaveListInfo, ReadsWhatFFmpegWrote) {
+    TempHome home;
+    const auto source = MakeWave(home.Path());
+    const auto path = home.Path() / "ffmpeg.wav";
+    int status = -1;
+    RunCommand("ffmpeg -v error -i " + ShellQuote(source.string()) + " -metadata title=" +
+                   ShellQuote(kCafe) + " -metadata artist=Someone -metadata date=2001 " +
+                   "-metadata genre=Folk -metadata comment=Remastered -c copy " +
+                   ShellQuote(path.string()) + " 2>&1",
+               &status);
+    ASSERT_EQ(status, 0);
+    LAudioTagData tags;
+    // No DISP chunk: not written by this system, but every tag is read.
+    EXPECT_FALSE(tags.ReadTags(path.c_str(), tagModeListInfo));
+    EXPECT_EQ(tags.GetTag("TITLE"), kCafe);
+    EXPECT_EQ(tags.GetTag("ARTIST"), "Someone");
+    EXPECT_EQ(tags.GetTag("YEAR"), "2001");
+    EXPECT_EQ(tags.GetTag("GENRE"), "Folk");
+    EXPECT_EQ(tags.GetTag("COMMENT"), "Remastered");
+    EXPECT_EQ(tags.GetTag("ENCODER").rfind("Lavf", 0), 0u) << tags.GetTag("ENCODER");
+
+    // Rewritten by this system, ffmpeg's list becomes filler and ffprobe sees the new one.
+    tags.SetTag("TITLE", "Changed", true);
+    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeListInfo, false));
+    EXPECT_EQ(FFprobeTags(path)["title"], "Changed");
+    EXPECT_EQ(Samples(path), Samples(source));
+}
+
+TEST(WaveListInfo, RewritesInPlaceWhenTheSizeIsUnchangedAndAppendsOtherwise) {
+    TempHome home;
+    const auto path = MakeWave(home.Path());
+    LAudioTagData tags = SampleTags();
+    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
+    const std::vector<uint8_t> first = ReadBytes(path);
+    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
+    EXPECT_EQ(ReadBytes(path), first);
+
+    tags.SetTag("TITLE", "A much longer title than before", true);
+    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
+    EXPECT_EQ(ChunkIds(path),
+              (std::vector<std::string>{"fmt ", "data", "    ", "    ", "LIST", "DISP"}));
+    EXPECT_EQ(FFprobeTags(path)["title"], "A much longer title than before");
+    EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TITLE"), "A much longer title than before");
+
+    // The first tags fit the first fillers again.
+    const std::size_t size = ReadBytes(path).size();
+    tags.SetTag("TITLE", kCafe, true);
+    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
+    EXPECT_EQ(ReadBytes(path).size(), size);
+    EXPECT_EQ(ChunkIds(path),
+              (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "    ", "    "}));
+    EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TITLE"), kCafe);
+}
+
+TEST(WaveListInfo, DamagedAndLargeLists) {
+    TempHome home;
+    const auto path = home.Path() / "list.wav";
+    std::vector<uint8_t> chunks;
+    AppendChunk(chunks, "LIST",
+                "INFO" + InfoEntry("INAM", "Fine") + InfoEntry("ICMT", std::string(299, 'x')));
+    WriteWave(path, chunks);
+    LAudioTagData tags;
+    EXPECT_FALSE(tags.ReadTagsWAV(path.c_str(), true));
+
+    // 900 bytes of short entries, an unknown entry and a list of another type.
+    std::string info = "INFO";
+    for (int i = 0; i < 60; ++i)
+        info += InfoEntry("ICMT", "comment " + std::to_string(i));
+    info += InfoEntry("IXYZ", "unknown") + InfoEntry("INAM", "Title");
+    chunks.clear();
+    AppendChunk(chunks, "LIST", "adtllabl" + std::string(8, '\0'));
+    AppendChunk(chunks, "LIST", info);
+    ASSERT_GT(info.size(), 900u);
+    WriteWave(path, chunks);
+    tags.Clear();
+    EXPECT_FALSE(tags.ReadTagsWAV(path.c_str(), true)); // no DISP
+    EXPECT_EQ(tags.GetTag("COMMENT"), "comment 59");
+    EXPECT_EQ(tags.GetTag("NULL"), "unknown");
+    EXPECT_EQ(tags.GetTag("TITLE"), "Title");
+    // Writing leaves the label list alone.
+    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
+    EXPECT_EQ(ChunkIds(path),
+              (std::vector<std::string>{"fmt ", "LIST", "    ", "data", "LIST", "DISP"}));
+
+    // A list larger than the file.
+    chunks.clear();
+    AppendChunk(chunks, "LIST", "INFO" + InfoEntry("INAM", "Fine"));
+    chunks[4] = 0xFF;
+    chunks[6] = 0x7F;
+    WriteWave(path, chunks);
+    EXPECT_FALSE(tags.ReadTagsWAV(path.c_str(), true));
+    // A file without a wave form.
+    WriteBytes(path, {'R', 'I', 'F', 'F', 4, 0, 0, 0, 'A', 'V', 'I', ' '});
+    EXPECT_FALSE(tags.ReadTags(path.c_str(), tagModeAll));
+    EXPECT_FALSE(tags.WriteTags(path.c_str(), tagModeAll, false));
+    EXPECT_EQ(ReadBytes(path).size(), 12u);
+}
+
+TEST(WaveListInfo, LongValuesAreCutSoThatTheyReadBack) {
+    TempHome home;
+    const auto path = MakeWave(home.Path());
+    LAudioTagData tags;
+    tags.SetTag("COMMENT", std::string(259, 'c').c_str(), true);
+    tags.SetTag("ORIGINATOR", "bext only", true);
+    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
+    LAudioTagData read;
+    EXPECT_TRUE(read.ReadTagsWAV(path.c_str(), true));
+    EXPECT_EQ(read.GetTag("COMMENT"), std::string(257, 'c'));
+    EXPECT_FALSE(read.HasParm("ORIGINATOR"));
+}
+
+TEST(WaveBext, RoundTripWithCodingHistory) {
+    TempHome home;
+    const auto path = MakeWave(home.Path());
+    std::string umid;
+    for (int i = 0; i < 64; ++i)
+        umid += std::to_string((i * 37) % 256) + ",";
+    LAudioTagData tags;
+    tags.SetTag("COMMENT", "Side one of the record", true);
+    tags.SetTag("ORIGINATOR", "Vinora", true);
+    tags.SetTag("REFERENCE", "REF-0001", true);
+    tags.SetTag("DATE", "2024-05-01", true);
+    tags.SetTag("TIME", "12:34:56", true);
+    tags.SetTag("TIMEREFLOW", "4000000000", true);
+    tags.SetTag("UMID", umid.c_str(), true);
+    tags.SetTag("BWFVERSION", "7", true);
+    ASSERT_TRUE(tags.WriteTagsBWF(path.c_str(), true));
+
+    LAudioTagData read;
+    ASSERT_TRUE(read.ReadTags(path.c_str(), tagModeBWF));
+    EXPECT_EQ(read.GetTag("COMMENT"), "Side one of the record");
+    EXPECT_EQ(read.GetTag("ORIGINATOR"), "Vinora");
+    EXPECT_EQ(read.GetTag("REFERENCE"), "REF-0001");
+    EXPECT_EQ(read.GetTag("DATE"), "2024-05-01");
+    EXPECT_EQ(read.GetTag("TIME"), "12:34:56");
+    EXPECT_EQ(read.GetTag("TIMEREFLOW"), "4000000000");
+    EXPECT_EQ(read.GetTag("TIMEREFHIGH"), "0");
+    EXPECT_EQ(read.GetTag("UMID"), umid);
+    EXPECT_EQ(read.GetTag("BWFVERSION"), "1");
+    const std::string line = "A=Microsoft PCM Format F=44100 W=16 M=stereo\r\n";
+    EXPECT_EQ(read.GetTag("CODINGHISTORY"), line);
+
+    // ffmpeg shows the originator as "encoded_by" and the date as "date".
+    auto probed = FFprobeTags(path);
+    EXPECT_EQ(probed["comment"], "Side one of the record");
+    EXPECT_EQ(probed["encoded_by"], "Vinora");
+    EXPECT_EQ(probed["date"], "2024-05-01");
+    EXPECT_EQ(probed["time_reference"], "4000000000");
+    EXPECT_EQ(probed["coding_history"].rfind("A=Microsoft PCM Format F=44100 W=16 M=stereo", 0),
+              0u);
+
+    // Copying the tags to another file adds a line to the history read.
+    const auto copy = MakeWave(home.Path(), "copy.wav");
+    ASSERT_TRUE(read.WriteTagsBWF(copy.c_str(), true));
+    EXPECT_EQ(Read(copy, tagModeBWF).GetTag("CODINGHISTORY"), line + line);
+
+    // Unchanged tags go back into the same chunk.
+    const std::vector<uint8_t> before = ReadBytes(path);
+    ASSERT_TRUE(read.WriteTagsBWF(path.c_str(), false));
+    EXPECT_EQ(ReadBytes(path), before);
+    EXPECT_EQ(ChunkIds(path), (std::vector<std::string>{"fmt ", "data", "bext"}));
+}
+
+TEST(WaveCart, FieldsPostTimersAndTagText) {
+    TempHome home;
+    const auto path = MakeWave(home.Path());
+    LAudioTagData tags;
+    tags.SetTag("TITLE", kCafe, true);
+    tags.SetTag("CUTID", "CUT42", true);
+    tags.SetTag("CATEGORY", "MUS", true);
+    tags.SetTag("ENCODEDBY", "Vinora", true);
+    tags.SetTag("LEVELREFERENCE", "-12", true);
+    tags.SetTag("POSTTIMER1USAGE", "SEGX", true);
+    tags.SetTag("POSTTIMER1VALUE", "44100", true);
+    tags.SetTag("URL", "http://example.org/cart", true);
+    tags.SetParmBottom("TAGTEXT", std::string(400, 't').c_str());
+    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeCART, false));
+
+    const std::vector<uint8_t> bytes = ReadBytes(path);
+    const Chunk cart = Chunks(bytes).back();
+    ASSERT_EQ(cart.id, "cart");
+    EXPECT_EQ(cart.size, 2048u + 400 + 1);
+    const std::size_t body = cart.offset + 8;
+    EXPECT_EQ(std::string(bytes.begin() + body, bytes.begin() + body + 4), "0101");
+    EXPECT_EQ(std::string(bytes.begin() + body + 684, bytes.begin() + body + 688),
+              std::string("SEG\0", 4));
+
+    LAudioTagData read;
+    ASSERT_TRUE(read.ReadTags(path.c_str(), tagModeCART));
+    EXPECT_EQ(read.GetTag("TITLE"), kCafe);
+    EXPECT_EQ(read.GetTag("CUTID"), "CUT42");
+    EXPECT_EQ(read.GetTag("CATEGORY"), "MUS");
+    EXPECT_EQ(read.GetTag("ENCODEDBY"), "Vinora");
+    EXPECT_EQ(read.GetTag("CARTVERSION"), "0101");
+    EXPECT_EQ(read.GetTag("LEVELREFERENCE"), "-12");
+    EXPECT_EQ(read.GetTag("POSTTIMER1USAGE"), "SEG");
+    EXPECT_EQ(read.GetTag("POSTTIMER1VALUE"), "44100");
+    EXPECT_EQ(read.GetTag("POSTTIMER2VALUE"), "0");
+    EXPECT_EQ(read.GetTag("URL"), "http://example.org/cart");
+    EXPECT_EQ(read.GetTag("TAGTEXT"), std::string(400, 't'));
+}
+
+TEST(WaveTags, AllModeWritesEveryChunkAndReadsThemBack) {
+    TempHome home;
+    const auto path = MakeWave(home.Path());
+    const std::vector<uint8_t> samples = Samples(path);
+    LAudioTagData tags = SampleTags();
+    tags.SetTag("ORIGINATOR", "Vinora", true);
+    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
+    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
+    EXPECT_EQ(ChunkIds(path),
+              (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "bext", "cart"}));
+    EXPECT_EQ(Samples(path), samples);
+
+    const LAudioTagData read = Read(path, tagModeAll);
+    for (const LHashTable::LHashNode& node : tags)
+        EXPECT_EQ(read.GetTag(node.name.c_str()), node.value) << node.name;
+    EXPECT_EQ(read.GetTag("CARTVERSION"), "0101");
+    EXPECT_EQ(read.GetTag("BWFVERSION"), "1");
+    // Only LIST INFO: nothing of the other chunks.
+    EXPECT_FALSE(Read(path, tagModeListInfo).HasParm("ORIGINATOR"));
+}
