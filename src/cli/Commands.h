@@ -10,3 +10,4 @@ using CliArgs = std::vector<std::string>;
 int CliSettings(const CliArgs& args);
 int CliInfo(const CliArgs& args);
 int CliDecode(const CliArgs& args);
+int CliTags(const CliArgs& args);

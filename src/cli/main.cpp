@@ -18,6 +18,7 @@ const CliCommand kCommands[] = {
      "                    settings delete SECTION KEY"},
     {"info", CliInfo, "info FILE"},
     {"decode", CliDecode, "decode IN OUT [--rate R] [--channels C]"},
+    {"tags", CliTags, "tags FILE [--mode N] [--set NAME=VALUE]..."},
 };
 
 void PrintHelp(FILE* out)
