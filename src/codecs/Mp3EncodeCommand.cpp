@@ -46,10 +46,9 @@ bool Mp3CreateEncoderCommandLine(char* out, int& sinkRate, unsigned char& sinkCh
     EscapeFilePath(escapedEncoder, encoder);
     char escapedOutput[kPathBufferSize];
     EscapeFilePath(escapedOutput, outputPath);
-    const int written =
-        std::snprintf(out, kMp3CommandLineSize, "\"%s\"%s -m %s%s %s -r -x -s %d.%.3d -S - \"%s\"",
-                      escapedEncoder, downmix, kModeLetters[mode],
-                      settings.errorProtection ? " -p" : "", bitRates, sinkRate / 1000,
-                      sinkRate % 1000, escapedOutput);
+    const int written = std::snprintf(
+        out, kMp3CommandLineSize, "\"%s\"%s -m %s%s %s -r -x -s %d.%.3d -S - \"%s\"",
+        escapedEncoder, downmix, kModeLetters[mode], settings.errorProtection ? " -p" : "",
+        bitRates, sinkRate / 1000, sinkRate % 1000, escapedOutput);
     return written > 0 && static_cast<std::size_t>(written) < kMp3CommandLineSize;
 }

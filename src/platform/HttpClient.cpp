@@ -47,8 +47,7 @@ bool IsRedirection(int status) {
 }
 
 // Reads header lines up to "Location:" and resolves its value against the URL.
-int ReadLocation(LProcessInterface& pi, LTcpSocket& socket, const char* url,
-                 std::string& target) {
+int ReadLocation(LProcessInterface& pi, LTcpSocket& socket, const char* url, std::string& target) {
     std::string line;
     while (true) {
         const int result = ProcessRecvLine(pi, socket, line, kHeaderTimeout);
@@ -87,9 +86,10 @@ int ReceiveBody(LProcessInterface& pi, LTcpSocket& socket, LFile& file, long lon
     long long received = 0;
     while (length < 0 || received < length) {
         if (pi.IsToStop()) return PROCESS_STOPPED;
-        const std::size_t want = length < 0 ? kPieceSize
-                                            : static_cast<std::size_t>(std::min<long long>(
-                                                  kPieceSize, length - received));
+        const std::size_t want =
+            length < 0
+                ? kPieceSize
+                : static_cast<std::size_t>(std::min<long long>(kPieceSize, length - received));
         std::size_t got = 0;
         bool closed = false;
         const int result = ProcessRecvReady(pi, socket, piece, want, got, kPieceTimeout, &closed);

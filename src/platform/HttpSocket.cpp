@@ -45,7 +45,8 @@ int WaitReady(LProcessInterface& pi, int fd, short events, const TimeLimit& limi
         const long long remaining = limit.RemainingMs();
         if (remaining <= 0) return PROCESS_FAILED;
         pollfd entry{fd, events, 0};
-        const int ready = poll(&entry, 1, static_cast<int>(std::min<long long>(remaining, kSliceMs)));
+        const int ready =
+            poll(&entry, 1, static_cast<int>(std::min<long long>(remaining, kSliceMs)));
         if (ready > 0) return PROCESS_DONE;
         if (ready < 0 && errno != EINTR) return PROCESS_FAILED;
         if (pi.IsToStop()) return PROCESS_STOPPED;
@@ -57,8 +58,8 @@ bool WouldBlock(int error) {
 }
 
 // One read once something is there. `received` 0 with PROCESS_DONE means the peer closed.
-int ReadSome(LProcessInterface& pi, int fd, void* buffer, std::size_t length,
-             std::size_t& received, const TimeLimit& limit, int flags = 0) {
+int ReadSome(LProcessInterface& pi, int fd, void* buffer, std::size_t length, std::size_t& received,
+             const TimeLimit& limit, int flags = 0) {
     received = 0;
     while (true) {
         const int waited = WaitReady(pi, fd, POLLIN, limit);
@@ -113,8 +114,7 @@ int ProcessConnect(LProcessInterface& pi, LTcpSocket& socket, const char* host, 
             }
             int error = 0;
             socklen_t size = sizeof error;
-            if (getsockopt(socket.GetFd(), SOL_SOCKET, SO_ERROR, &error, &size) == 0 &&
-                error == 0)
+            if (getsockopt(socket.GetFd(), SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0)
                 return PROCESS_DONE;
         }
         socket.Close();

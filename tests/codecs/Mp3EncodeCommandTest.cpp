@@ -51,9 +51,9 @@ protected:
         char command[kMp3CommandLineSize];
         int sinkRate = 0;
         unsigned char sinkChannels = 0;
-        const bool ok = Mp3CreateEncoderCommandLine(command, sinkRate, sinkChannels, output,
-                                                    settings, rate,
-                                                    static_cast<unsigned char>(channels));
+        const bool ok =
+            Mp3CreateEncoderCommandLine(command, sinkRate, sinkChannels, output, settings, rate,
+                                        static_cast<unsigned char>(channels));
         return {ok, command, sinkRate, sinkChannels};
     }
 
@@ -99,17 +99,37 @@ TEST(Mp3CorrectSampleRateTest, SnapsToEncoderRates) {
         int expected;
     };
     const Case cases[] = {
-        {Cbr(128), 44100, 44100}, {Cbr(128), 48000, 48000}, {Cbr(64), 96000, 48000},
-        {Cbr(128), 47999, 44100}, {Cbr(128), 44101, 44100}, {Cbr(128), 32001, 44100},
-        {Cbr(128), 44099, 44100}, {Cbr(128), 32000, 32000}, {Cbr(128), 31999, 32000},
-        {Cbr(128), 24001, 32000}, {Cbr(128), 24000, 24000}, {Cbr(128), 23999, 22050},
-        {Cbr(128), 22051, 22050}, {Cbr(128), 22049, 22050}, {Cbr(128), 16001, 22050},
-        {Cbr(128), 16000, 16000}, {Cbr(128), 15999, 11025}, {Cbr(128), 11026, 11025},
-        {Cbr(128), 11025, 11025}, {Cbr(128), 11024, 11025}, {Cbr(128), 8001, 11025},
-        {Cbr(128), 8000, 8000},   {Cbr(128), 7999, 8000},   {Cbr(128), 0, 8000},
+        {Cbr(128), 44100, 44100},
+        {Cbr(128), 48000, 48000},
+        {Cbr(64), 96000, 48000},
+        {Cbr(128), 47999, 44100},
+        {Cbr(128), 44101, 44100},
+        {Cbr(128), 32001, 44100},
+        {Cbr(128), 44099, 44100},
+        {Cbr(128), 32000, 32000},
+        {Cbr(128), 31999, 32000},
+        {Cbr(128), 24001, 32000},
+        {Cbr(128), 24000, 24000},
+        {Cbr(128), 23999, 22050},
+        {Cbr(128), 22051, 22050},
+        {Cbr(128), 22049, 22050},
+        {Cbr(128), 16001, 22050},
+        {Cbr(128), 16000, 16000},
+        {Cbr(128), 15999, 11025},
+        {Cbr(128), 11026, 11025},
+        {Cbr(128), 11025, 11025},
+        {Cbr(128), 11024, 11025},
+        {Cbr(128), 8001, 11025},
+        {Cbr(128), 8000, 8000},
+        {Cbr(128), 7999, 8000},
+        {Cbr(128), 0, 8000},
         // Bit rates above 160 kbps need a high rate, those up to 31 kbps a low one.
-        {Cbr(320), 22050, 44100}, {Cbr(160), 22050, 22050}, {Vbr(32, 192), 8000, 44100},
-        {Cbr(24), 44100, 22050},  {Cbr(32), 44100, 44100},  {Vbr(8, 16), 48000, 22050},
+        {Cbr(320), 22050, 44100},
+        {Cbr(160), 22050, 22050},
+        {Vbr(32, 192), 8000, 44100},
+        {Cbr(24), 44100, 22050},
+        {Cbr(32), 44100, 44100},
+        {Vbr(8, 16), 48000, 22050},
         {Vbr(8, 16), 12000, 11025},
     };
     for (const Case& c : cases)

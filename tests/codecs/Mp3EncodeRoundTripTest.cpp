@@ -59,8 +59,7 @@ struct Decoded {
 };
 
 Decoded DecodeWithMpg123(const std::string& path, int channels) {
-    const std::string raw =
-        RunCommand("mpg123 -q -e s16 -s " + ShellQuote(path) + " 2>/dev/null");
+    const std::string raw = RunCommand("mpg123 -q -e s16 -s " + ShellQuote(path) + " 2>/dev/null");
     Decoded out{0, channels, {}};
     for (size_t i = 0; i + 1 < raw.size(); i += 2)
         out.samples.push_back(int16_t(uint8_t(raw[i]) | uint8_t(raw[i + 1]) << 8) * 16);
@@ -99,8 +98,7 @@ std::vector<Comparison> Compare(const std::vector<int>& original, const Decoded&
     const int decodedFrames = static_cast<int>(decoded.samples.size()) / channels;
     const int probeStart = rate / 2;
     const int probeLength = 4096;
-    const std::vector<double> probe =
-        ChannelValues(original, channels, 0, probeStart, probeLength);
+    const std::vector<double> probe = ChannelValues(original, channels, 0, probeStart, probeLength);
     int bestLag = 0;
     double best = -2;
     for (int lag = -64; lag <= 2400; ++lag) {
@@ -120,9 +118,9 @@ std::vector<Comparison> Compare(const std::vector<int>& original, const Decoded&
         const std::vector<double> a = ChannelValues(original, channels, c, first, count);
         const std::vector<double> b =
             ChannelValues(decoded.samples, channels, c, first + bestLag, count);
-        const double tone = frequency > 0 ? ToneAmplitude(b, rate, frequency) /
-                                                ToneAmplitude(a, rate, frequency)
-                                          : 0;
+        const double tone =
+            frequency > 0 ? ToneAmplitude(b, rate, frequency) / ToneAmplitude(a, rate, frequency)
+                          : 0;
         result.push_back({bestLag, Correlation(a, b), DB(RMS(b) / RMS(a)), tone});
     }
     return result;
@@ -228,8 +226,7 @@ TEST_F(Mp3EncodeRoundTripTest, SinkOfAMissingEncoderIsAnErrorSink) {
     const char* oldPath = std::getenv("PATH");
     const std::string saved = oldPath ? oldPath : "";
     setenv("PATH", home_.Path().c_str(), 1);
-    const LSoundSink sink =
-        OpenMp3Sink((home_.Path() / "x.mp3").c_str(), Settings(), 44100, 2);
+    const LSoundSink sink = OpenMp3Sink((home_.Path() / "x.mp3").c_str(), Settings(), 44100, 2);
     setenv("PATH", saved.c_str(), 1);
     EXPECT_EQ(sink->GetError(), 1);
 }

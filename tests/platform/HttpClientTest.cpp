@@ -48,10 +48,11 @@ public:
         posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
         const std::string directory = folder.string();
-        const char* argv[] = {"python3", "-u",   "-m", "http.server", "--bind", "127.0.0.1",
-                              "--directory", directory.c_str(), "0", nullptr};
-        if (posix_spawnp(&pid_, "python3", &actions, nullptr, const_cast<char**>(argv),
-                         environ) != 0)
+        const char* argv[] = {"python3", "-u",        "-m",          "http.server",
+                              "--bind",  "127.0.0.1", "--directory", directory.c_str(),
+                              "0",       nullptr};
+        if (posix_spawnp(&pid_, "python3", &actions, nullptr, const_cast<char**>(argv), environ) !=
+            0)
             pid_ = 0;
         posix_spawn_file_actions_destroy(&actions);
         close(out[1]);
@@ -126,8 +127,7 @@ TEST_F(HttpClientTest, ShortBodyOrErrorStatusLeavesNoFile) {
     server.Serve("/odd", "SOMETHING ELSE\r\n\r\n");
     for (const char* path : {"/short", "/gone", "/odd"}) {
         const std::string local = Local("file");
-        EXPECT_EQ(ProcessHTTPDownloadFile(progress_, server.Url(path).c_str(), local.c_str(),
-                                          true),
+        EXPECT_EQ(ProcessHTTPDownloadFile(progress_, server.Url(path).c_str(), local.c_str(), true),
                   PROCESS_FAILED)
             << path;
         EXPECT_FALSE(std::filesystem::exists(local)) << path;
@@ -157,13 +157,12 @@ TEST_F(HttpClientTest, FollowsRedirectionsOnlyWhenAsked) {
     EXPECT_EQ(server.Requests(), (std::vector<std::string>{"/old/a.zip", "/old/b.zip"}));
 
     std::filesystem::remove(local);
-    EXPECT_EQ(ProcessHTTPDownloadFile(progress_, server.Url("/old/a.zip").c_str(), local.c_str(),
-                                      false),
-              PROCESS_FAILED);
-    EXPECT_FALSE(std::filesystem::exists(local));
     EXPECT_EQ(
-        ProcessHTTPDownloadFile(progress_, server.Url("/loop").c_str(), local.c_str(), true),
+        ProcessHTTPDownloadFile(progress_, server.Url("/old/a.zip").c_str(), local.c_str(), false),
         PROCESS_FAILED);
+    EXPECT_FALSE(std::filesystem::exists(local));
+    EXPECT_EQ(ProcessHTTPDownloadFile(progress_, server.Url("/loop").c_str(), local.c_str(), true),
+              PROCESS_FAILED);
 }
 
 TEST_F(HttpClientTest, StopEndsAWaitForASilentServerWithinASecond) {
@@ -189,16 +188,16 @@ TEST_F(HttpClientTest, GetReadsTheWholeReplyIntoTheBuffer) {
     HttpTestServer server;
     server.Serve("/versions/v.txt", HttpTestServer::Reply(200, "version=1.6"));
     char reply[2048];
-    ASSERT_EQ(ProcessHTTPGet(progress_, server.Url("/versions/v.txt").c_str(), reply,
-                             sizeof reply, 5000),
-              PROCESS_DONE);
+    ASSERT_EQ(
+        ProcessHTTPGet(progress_, server.Url("/versions/v.txt").c_str(), reply, sizeof reply, 5000),
+        PROCESS_DONE);
     EXPECT_EQ(std::string(reply), HttpTestServer::Reply(200, "version=1.6"));
 
     // A reply larger than the buffer is cut to fit, terminator included.
     char small[16];
-    ASSERT_EQ(ProcessHTTPGet(progress_, server.Url("/versions/v.txt").c_str(), small,
-                             sizeof small, 5000),
-              PROCESS_DONE);
+    ASSERT_EQ(
+        ProcessHTTPGet(progress_, server.Url("/versions/v.txt").c_str(), small, sizeof small, 5000),
+        PROCESS_DONE);
     EXPECT_EQ(std::string(small), "HTTP/1.0 200 Te");
 }
 
@@ -218,9 +217,9 @@ TEST_F(HttpClientTest, ReadsLinesAndExactByteCounts) {
     HttpTestServer server;
     server.Serve("/lines", "first\r\nsecond\nthird");
     LTcpSocket socket;
-    ASSERT_EQ(ProcessConnect(progress_, socket, "127.0.0.1",
-                             std::stoi(server.Host().substr(10)), 2000),
-              PROCESS_DONE);
+    ASSERT_EQ(
+        ProcessConnect(progress_, socket, "127.0.0.1", std::stoi(server.Host().substr(10)), 2000),
+        PROCESS_DONE);
     ASSERT_EQ(ProcessSendString(progress_, socket, "GET /lines HTTP/1.0\r\n\r\n", 2000),
               PROCESS_DONE);
     std::string line;
