@@ -8,25 +8,18 @@
 #include <random>
 #include <vector>
 
-TEST(FFT, ForwardTransformOfKnownSignalsIsScaledByOneOverN) {
-    // A cosine of 3 cycles over 16 points: half its amplitude in bins 3 and 13.
+TEST(FFT, ForwardTransformOfKnownSignalIsScaledByOneOverN) {
+    // e^(+2 pi i 3n / 16) is all in bin 3 (not bin 13) with weight 1 after the 1/N scaling.
     LFFT fft(4);
-    std::vector<double> re(16), im(16, 0.0);
-    for (int n = 0; n < 16; ++n)
-        re[n] = 2.0 * std::cos(2 * std::numbers::pi * 3 * n / 16);
+    std::vector<double> re(16), im(16);
+    for (int n = 0; n < 16; ++n) {
+        re[n] = std::cos(2 * std::numbers::pi * 3 * n / 16);
+        im[n] = std::sin(2 * std::numbers::pi * 3 * n / 16);
+    }
     fft.DoFFT(re.data(), im.data());
     for (int k = 0; k < 16; ++k) {
-        EXPECT_NEAR(re[k], k == 3 || k == 13 ? 1.0 : 0.0, 1e-12) << k;
+        EXPECT_NEAR(re[k], k == 3 ? 1.0 : 0.0, 1e-12) << k;
         EXPECT_NEAR(im[k], 0.0, 1e-12) << k;
-    }
-
-    // An impulse at n = 1: (1/N) e^(-2 pi i k / N).
-    std::vector<double> re2(16, 0.0), im2(16, 0.0);
-    re2[1] = 1.0;
-    fft.DoFFT(re2.data(), im2.data());
-    for (int k = 0; k < 16; ++k) {
-        EXPECT_NEAR(re2[k], std::cos(2 * std::numbers::pi * k / 16) / 16, 1e-12) << k;
-        EXPECT_NEAR(im2[k], -std::sin(2 * std::numbers::pi * k / 16) / 16, 1e-12) << k;
     }
 }
 

@@ -1,34 +1,16 @@
 #include "restore/CueSpeed.h"
 #include "restore/PitchSpeed.h"
 
-#include "SpeedEqSignals.h"
-#include "jobs/ProcessInterfaceVoid.h"
+#include "support/RecordingProgress.h"
+#include "support/ToneSignals.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
-using namespace speedeq_test;
-
 namespace {
-
-// Records the status lines a job sets.
-class StatusRecorder : public LProcessInterfaceVoid {
-public:
-    void SetStatus(const char* text, int line) override {
-        if (line == 0) status = text;
-    }
-    std::string status;
-};
-
-// Rising zero crossings of channel 0 in frames [first, first + count).
-int RisingCrossings(const std::vector<int>& samples, int channels, int first, int count) {
-    int crossings = 0;
-    for (int n = first + 1; n < first + count; ++n)
-        crossings += samples[(n - 1) * channels] < 0 && samples[n * channels] >= 0;
-    return crossings;
-}
 
 // A ramp: frame i of channel c holds (i + 1) * 16 + c, zeros outside the stream.
 constexpr int kRampFrames = 2000000;
@@ -95,32 +77,34 @@ TEST(PitchSpeed, RecordingSpeedStepsChangeDurationAndPitchLikeTheWrongTurntableS
     for (const Case& test : {Case{ProcessConvert45To33RPM, "45To33RPM convert", 81.86, 733},
                              Case{ProcessConvert78To45RPM, "78To45RPM convert", 34.62, 1733}}) {
         // 60 s of a 1 kHz tone.
-        LSoundSource source = Sine(44100, 2, 1000, 200000, 60 * 44100);
-        StatusRecorder progress;
+        LSoundSource source = MakeSineSource(44100, 2, 1000, 200000, 60 * 44100);
+        RecordingProgress progress;
         EXPECT_EQ(test.step(progress, source), PROCESS_DONE);
-        EXPECT_EQ(progress.status, test.status);
+        ASSERT_EQ(progress.statuses.size(), 1u);
+        EXPECT_EQ(progress.statuses[0], std::make_pair(std::string(test.status), 0));
         EXPECT_EQ(source->GetSampleRate(), 44100);
         EXPECT_EQ(source->GetChannels(), 2);
         EXPECT_NEAR(source->GetEndSample() / 44100.0, test.seconds, 0.01) << test.status;
 
         const std::vector<int> out = ReadFrames(source, 3 * 44100);
-        EXPECT_NEAR(RisingCrossings(out, 2, 44100, 44100), test.frequency, 1) << test.status;
+        EXPECT_NEAR(RisingCrossings(ChannelValues(out, 2, 0, 44100, 44100)), test.frequency, 1)
+            << test.status;
     }
 }
 
 TEST(PitchSpeed, FactorIsLimitedAndAnUnchangedRateNeedsNoStage) {
-    LSoundSource source = Sine(44100, 1, 1000, 1000, 1000);
+    LSoundSource source = MakeSineSource(44100, 1, 1000, 1000, 1000);
     LSoundSource slowest = LSPPitchSpeed(0.01).OpenSource(source);
     EXPECT_EQ(slowest->GetEndSample(), 10000); // as for 0.1
     EXPECT_EQ(LSPPitchSpeed(1.0).OpenSource(source).Get(), source.Get());
 }
 
 TEST(CueSpeed, SpeedOneReproducesTheSource) {
-    LSoundSource source = Sine(44100, 2, 440, 400000, 100000);
+    LSoundSource source = MakeSineSource(44100, 2, 440, 400000, 100000);
     LSoundSource speed(new LSRCSpeed(source, 1.0, 1.0, LSoundTime(0)));
     const std::vector<int> out = ReadFrames(speed, 20000);
     EXPECT_EQ(speed->GetPositionSample(), 20000);
-    LSoundSource reference = Sine(44100, 2, 440, 400000, 100000);
+    LSoundSource reference = MakeSineSource(44100, 2, 440, 400000, 100000);
     const std::vector<int> expected = ReadFrames(reference, 20000);
     for (size_t i = 0; i < out.size(); ++i)
         ASSERT_NEAR(out[i], expected[i], 3) << i;
