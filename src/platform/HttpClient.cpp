@@ -138,17 +138,6 @@ int DownloadFile(LProcessInterface& pi, const char* url, const char* localPath, 
 
 } // namespace
 
-int LHTTPParseStatusLine(const char* line) {
-    if (strncasecmp(line, "HTTP", 4) != 0) return -1;
-    // The code follows the protocol version and one space: "HTTP/1.1 200 OK".
-    const char* space = std::strchr(line, ' ');
-    if (!space) return -1;
-    int status = -1;
-    const char* first = space + 1;
-    std::from_chars(first, first + std::strlen(first), status);
-    return status;
-}
-
 int ProcessHTTPGet(LProcessInterface& pi, const char* url, char* buffer, std::size_t size,
                    unsigned int timeout) {
     if (size == 0) return PROCESS_FAILED;

@@ -22,7 +22,3 @@ int ProcessHTTPGet(LProcessInterface& pi, const char* url, char* buffer, std::si
 // leaves no file behind.
 int ProcessHTTPDownloadFile(LProcessInterface& pi, const char* url, const char* localPath,
                             bool followRedirects);
-
-// The status code of a reply's status line ("HTTP/1.0 200 OK" gives 200), or -1 when the
-// line does not start with "HTTP".
-int LHTTPParseStatusLine(const char* line);

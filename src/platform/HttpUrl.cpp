@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstring>
 #include <string_view>
+#include <strings.h>
 
 namespace {
 
@@ -96,4 +97,15 @@ bool LHTTPResolveRedirection(std::string& out, const char* base, const char* loc
     }
     out = folder + "/" + std::string(rest);
     return true;
+}
+
+int LHTTPParseStatusLine(const char* line) {
+    if (strncasecmp(line, "HTTP", 4) != 0) return -1;
+    // The code follows the protocol version and one space: "HTTP/1.1 200 OK".
+    const char* space = std::strchr(line, ' ');
+    if (!space) return -1;
+    int status = -1;
+    const char* first = space + 1;
+    std::from_chars(first, first + std::strlen(first), status);
+    return status;
 }

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <string>
 
-// Taking URLs apart and resolving redirections, for the HTTP client. URLs are of the form
-// [scheme://]host[:port][/path].
+// Taking URLs and status lines apart and resolving redirections, for the HTTP client. URLs are of
+// the form [scheme://]host[:port][/path].
 
 // Splits a URL: the scheme (everything up to and including the first "//") is skipped, `host`
 // (260 bytes) gets the text up to the next "/" (at most 259 characters) and `path` (pathSize
@@ -25,3 +25,7 @@ bool LHTTPGetURLParent(std::string& out, const char* url);
 // relative to the base's folder, where each leading "../" goes one folder up (never above the
 // host) and each leading "./" is dropped. False for an empty location.
 bool LHTTPResolveRedirection(std::string& out, const char* base, const char* location);
+
+// The status code of a reply's status line ("HTTP/1.0 200 OK" gives 200), or -1 when the
+// line does not start with "HTTP".
+int LHTTPParseStatusLine(const char* line);

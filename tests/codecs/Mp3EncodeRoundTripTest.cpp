@@ -5,6 +5,9 @@
 
 #include "codecs/MP3File.h"
 #include "codecs/Mp3EncodeSink.h"
+#include "jobs/ProcessInterfaceVoid.h"
+#include "sound/SourceToSink.h"
+#include "support/BufferSource.h"
 #include "support/TempHome.h"
 #include "support/ToneSignals.h"
 
@@ -128,22 +131,22 @@ std::vector<Comparison> Compare(const std::vector<int>& original, const Decoded&
 
 class Mp3EncodeRoundTripTest : public ::testing::Test {
 protected:
-    // Writes the samples into the MP3 sink in blocks of 8,192 frames and finishes the file.
+    // Pumps the samples into the MP3 sink and finishes the file.
     std::string Encode(const char* name, const LMp3EncodeSettings& settings,
                        const std::vector<int>& samples, int rate, int channels,
                        int expectedSinkChannels) {
         const std::string path = (home_.Path() / name).string();
-        LSoundSink sink =
-            OpenMp3Sink(path.c_str(), settings, rate, static_cast<unsigned char>(channels));
-        EXPECT_EQ(sink->GetError(), 0);
-        EXPECT_EQ(sink->GetSampleRate(), rate);
-        EXPECT_EQ(sink->GetChannels(), expectedSinkChannels);
-        const int frames = static_cast<int>(samples.size()) / expectedSinkChannels;
-        for (int done = 0; done < frames; done += 8192)
-            sink->Write(samples.data() + static_cast<size_t>(done) * expectedSinkChannels,
-                        std::min(8192, frames - done));
-        EXPECT_EQ(sink->GetPosition(), frames);
-        sink.Close();
+        LPRSourceToSink job;
+        job.source = MakeBufferSource(samples, rate, static_cast<unsigned char>(channels));
+        job.sink = OpenMp3Sink(path.c_str(), settings, rate, static_cast<unsigned char>(channels));
+        EXPECT_EQ(job.sink->GetError(), 0);
+        EXPECT_EQ(job.sink->GetChannels(), expectedSinkChannels);
+        LProcessInterfaceVoid quiet;
+        EXPECT_EQ(Process(quiet, job), PROCESS_DONE);
+        if (job.sink->GetSampleRate() == rate) {
+            EXPECT_EQ(job.sink->GetPosition(), static_cast<int>(samples.size()) / channels);
+        }
+        job.sink.Close();
         return path;
     }
 
@@ -220,6 +223,23 @@ TEST_F(Mp3EncodeRoundTripTest, At22050Hz) {
     CheckBothDecoders(Encode("tone22.mp3", Settings(), tone, 22050, 2, 2), tone, 22050, 2, 1000);
     const std::vector<int> music = MusicLike(22050, 2, 44100);
     CheckBothDecoders(Encode("music22.mp3", Settings(), music, 22050, 2, 2), music, 22050, 2, 0);
+}
+
+TEST_F(Mp3EncodeRoundTripTest, LowestBitRatesGiveMonoAtLowRates) {
+    // VBR from 8 to 16 kbps: the pump mixes the stereo source down to mono at 22,050 Hz, and
+    // the encoder may lower the rate further.
+    LMp3EncodeSettings low = Settings();
+    low.constantBitRate = 0;
+    low.vbrMinBitRate = 8;
+    low.vbrMaxBitRate = 16;
+    const std::string path = Encode("low.mp3", low, Tone(44100, 2, 88200, 1000), 44100, 2, 1);
+    const Decoded decoded = DecodeWithOwnDecoder(path);
+    EXPECT_EQ(decoded.channels, 1);
+    EXPECT_LE(decoded.rate, 22050);
+    const int second = decoded.rate;
+    ASSERT_GE(static_cast<int>(decoded.samples.size()), second * 3 / 2);
+    EXPECT_NEAR(RisingCrossings(ChannelValues(decoded.samples, 1, 0, second / 4, second)), 1000,
+                10);
 }
 
 TEST_F(Mp3EncodeRoundTripTest, SinkOfAMissingEncoderIsAnErrorSink) {

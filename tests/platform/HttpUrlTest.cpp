@@ -1,6 +1,5 @@
 #include "platform/HttpUrl.h"
 #include "platform/EscapeFilePath.h"
-#include "platform/HttpClient.h"
 #include "platform/Paths.h"
 
 #include <gtest/gtest.h>
