@@ -8,7 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev libpulse-dev libburn-dev
   lame sox libsox-fmt-all ffmpeg mpg123 id3v2 python3-mutagen
-  unzip zip python3
+  unzip zip
   pulseaudio pulseaudio-utils
 )
 
