@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <strings.h>
 #include <unistd.h>
@@ -46,34 +47,48 @@ bool IsRedirection(int status) {
     return status == 300 || status == 301 || status == 302 || status == 303 || status == 307;
 }
 
+// One header line. `value` is set to what follows the header's name and its blanks when the
+// line is the named header; the empty line that ends the headers sets `end`.
+struct HeaderLine {
+    bool end = false;
+    std::optional<std::string> value;
+};
+
+int ReadHeader(LProcessInterface& pi, LTcpSocket& socket, const char* name, HeaderLine& header) {
+    std::string line;
+    const int result = ProcessRecvLine(pi, socket, line, kHeaderTimeout);
+    header = {line.empty(), std::nullopt};
+    if (result == PROCESS_DONE && StartsWithNoCase(line, name)) {
+        const std::size_t value = line.find_first_not_of(" \t", std::strlen(name));
+        header.value = value == std::string::npos ? "" : line.substr(value);
+    }
+    return result;
+}
+
 // Reads header lines up to "Location:" and resolves its value against the URL.
 int ReadLocation(LProcessInterface& pi, LTcpSocket& socket, const char* url, std::string& target) {
-    std::string line;
+    HeaderLine header;
     while (true) {
-        const int result = ProcessRecvLine(pi, socket, line, kHeaderTimeout);
+        const int result = ReadHeader(pi, socket, "Location:", header);
         if (result != PROCESS_DONE) return result;
-        if (line.empty()) return PROCESS_FAILED;
-        if (!StartsWithNoCase(line, "Location:")) continue;
-        const std::size_t value = line.find_first_not_of(" \t", std::strlen("Location:"));
-        if (value == std::string::npos) return PROCESS_FAILED;
-        return LHTTPResolveRedirection(target, url, line.c_str() + value) ? PROCESS_DONE
-                                                                          : PROCESS_FAILED;
+        if (header.end) return PROCESS_FAILED;
+        if (header.value)
+            return LHTTPResolveRedirection(target, url, header.value->c_str()) ? PROCESS_DONE
+                                                                               : PROCESS_FAILED;
     }
 }
 
 // Reads the remaining header lines; `length` gets the Content-Length, or -1 without one.
 int ReadHeaders(LProcessInterface& pi, LTcpSocket& socket, long long& length) {
     length = -1;
-    std::string line;
+    HeaderLine header;
     while (true) {
-        const int result = ProcessRecvLine(pi, socket, line, kHeaderTimeout);
+        const int result = ReadHeader(pi, socket, "Content-Length:", header);
         if (result != PROCESS_DONE) return result;
-        if (line.empty()) return PROCESS_DONE;
-        if (!StartsWithNoCase(line, "Content-Length:")) continue;
-        const std::size_t value = line.find_first_not_of(" \t", std::strlen("Content-Length:"));
-        if (value == std::string::npos) return PROCESS_FAILED;
-        const char* first = line.c_str() + value;
-        const auto [end, error] = std::from_chars(first, line.c_str() + line.size(), length);
+        if (header.end) return PROCESS_DONE;
+        if (!header.value) continue;
+        const std::string& text = *header.value;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
         if (error != std::errc() || length < 0) return PROCESS_FAILED;
     }
 }
