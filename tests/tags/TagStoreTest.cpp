@@ -1,6 +1,5 @@
 #include "tags/AudioTagData.h"
 #include "tags/Genres.h"
-#include "tags/TagNames.h"
 #include "tags/TagText.h"
 
 #include <gtest/gtest.h>
@@ -68,21 +67,6 @@ TEST(TagNames, GenreTableSkipsOnePublishedEntryAndEndsEmpty) {
     EXPECT_EQ(FindGenre("rock"), 17);
     EXPECT_EQ(FindGenre("My Genre"), -1);
     EXPECT_EQ(FindGenre(""), -1);
-}
-
-TEST(TagNames, FrameMappingAndWhichTagsGoIntoID3v2) {
-    EXPECT_EQ(MapHashTagToID3v2Tag("TITLE"), "TIT2");
-    EXPECT_EQ(MapHashTagToID3v2Tag("TSRC"), "TSRC");
-    EXPECT_EQ(MapID3v2TagToHashTag("TPOS"), "DISKNUMBER");
-    EXPECT_EQ(MapID3v2TagToHashTag("TSRC"), "TSRC");
-    EXPECT_EQ(MapHashTagToID3v2Minor2ToMinor3Tag("TT2"), "TIT2");
-    EXPECT_EQ(MapHashTagToID3v2Minor2ToMinor3Tag("TPA"), "TPOS");
-    EXPECT_EQ(MapHashTagToID3v2Minor2ToMinor3Tag("XYZ"), "XYZ");
-
-    EXPECT_TRUE(IsHashTagAValidID3v2Tag("TRACKNUMBER"));
-    EXPECT_TRUE(IsHashTagAValidID3v2Tag("ISFT"));
-    for (const char* name : {"NULL", "UMID", "umid", "ORIGINATOR", "TIM", "mood", "A B "})
-        EXPECT_FALSE(IsHashTagAValidID3v2Tag(name)) << name;
 }
 
 TEST(TagText, ConvertsBetweenEncodings) {

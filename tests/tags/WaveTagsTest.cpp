@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 using namespace tagtest;
 
 namespace {
@@ -348,4 +350,34 @@ TEST(WaveTags, AllModeWritesEveryChunkAndReadsThemBack) {
     EXPECT_EQ(read.GetTag("BWFVERSION"), "1");
     // Only LIST INFO: nothing of the other chunks.
     EXPECT_FALSE(Read(path, tagModeListInfo).HasParm("ORIGINATOR"));
+
+    // Written with the file name as title and a track number; the store stays as it was.
+    ASSERT_TRUE(tags.WriteTags(path.c_str(), true, 5));
+    EXPECT_EQ(tags.GetTag("TITLE"), kCafe);
+    EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TITLE"), "tone");
+    EXPECT_EQ(Read(path, tagModeCART).GetTag("TITLE"), "tone");
+    EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TRACKNUMBER"), "5");
+}
+
+TEST(WaveTags, OperationsOfTwoThreadsNeverMixTheSharedRecords) {
+    TempHome home;
+    const std::filesystem::path paths[2] = {MakeWave(home.Path(), "a.wav"),
+                                            MakeWave(home.Path(), "b.wav")};
+    int mixed[2] = {0, 0};
+    const auto run = [&](int which) {
+        const std::string name = which == 0 ? "First" : "Second one";
+        for (int i = 0; i < 40; ++i) {
+            LAudioTagData tags;
+            tags.SetTag("ORIGINATOR", name.c_str(), true);
+            tags.SetTag("CUTID", name.c_str(), true);
+            tags.WriteTags(paths[which].c_str(), tagModeAll, false);
+            const LAudioTagData read = Read(paths[which], tagModeAll);
+            if (read.GetTag("ORIGINATOR") != name || read.GetTag("CUTID") != name) ++mixed[which];
+        }
+    };
+    std::thread other(run, 1);
+    run(0);
+    other.join();
+    EXPECT_EQ(mixed[0], 0);
+    EXPECT_EQ(mixed[1], 0);
 }
