@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/File.h"
 #include "tags/HashTable.h"
 
 #include <cstdint>

@@ -11,7 +11,6 @@
 #include "tags/TagText.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 namespace {
@@ -68,7 +67,7 @@ Bytes FrameData(const std::string& frameId, const std::string& value) {
     }
     if (frameId == "WXXX") {
         Bytes data{0, 0};
-        AppendBytes(data, LCopyToISO88591(value, value.size()));
+        AppendBytes(data, LCopyToISO88591(value, std::string::npos));
         return data;
     }
     if (frameId == "PCNT") {

@@ -63,9 +63,9 @@ TEST(TagsCli, WaveModesAndMultiLineValues) {
 TEST(TagsCli, BadUsageFailsWithoutWriting) {
     TempHome home;
     const auto wave = MakeWave(home.Path());
-    const std::vector<uint8_t> bytes = ReadBytes(wave);
+    const std::vector<uint8_t> bytes = ReadFileBytes(wave);
     const auto text = home.Path() / "notes.txt";
-    WriteBytes(text, {'h', 'i'});
+    WriteFileBytes(text, {'h', 'i'});
     for (const std::string& arguments :
          {std::string("--mode 4"), std::string("--mode"), std::string("--set TITLE"),
           std::string("--set =x"), std::string("--frobnicate"), std::string("extra.wav")}) {
@@ -73,7 +73,7 @@ TEST(TagsCli, BadUsageFailsWithoutWriting) {
         EXPECT_EQ(Tags(wave, arguments, &status), "") << arguments;
         EXPECT_EQ(status, 2) << arguments;
     }
-    EXPECT_EQ(ReadBytes(wave), bytes);
+    EXPECT_EQ(ReadFileBytes(wave), bytes);
 
     int status = -1;
     const std::string error = Tags(home.Path() / "missing.mp3", "", &status, "2>&1");
@@ -81,12 +81,12 @@ TEST(TagsCli, BadUsageFailsWithoutWriting) {
     EXPECT_NE(error.find("cannot open"), std::string::npos) << error;
     Tags(text, "--set TITLE=x", &status);
     EXPECT_EQ(status, 2);
-    EXPECT_EQ(ReadBytes(text).size(), 2u);
+    EXPECT_EQ(ReadFileBytes(text).size(), 2u);
     // A wave file name on a file that is not one.
     const auto fake = home.Path() / "fake.wav";
-    WriteBytes(fake, {'n', 'o', 't', ' ', 'r', 'i', 'f', 'f'});
+    WriteFileBytes(fake, {'n', 'o', 't', ' ', 'r', 'i', 'f', 'f'});
     const std::string failed = Tags(fake, "--set TITLE=x", &status, "2>&1");
     EXPECT_EQ(status, 2);
     EXPECT_NE(failed.find("cannot write the tags of"), std::string::npos) << failed;
-    EXPECT_EQ(ReadBytes(fake).size(), 8u);
+    EXPECT_EQ(ReadFileBytes(fake).size(), 8u);
 }

@@ -76,7 +76,7 @@ TEST(MP3Tags, WhatThisSystemWritesOtherProgramsRead) {
 TEST(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
     TempHome home;
     const auto path = MakeMp3(home.Path());
-    const std::vector<uint8_t> audio = ReadBytes(path);
+    const std::vector<uint8_t> audio = ReadFileBytes(path);
     ASSERT_GT(audio.size(), 1000u);
 
     LAudioTagData tags;
@@ -90,7 +90,7 @@ TEST(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
     tags.SetTag("GENRE", "My Genre", true);
     ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
 
-    const std::vector<uint8_t> bytes = ReadBytes(path);
+    const std::vector<uint8_t> bytes = ReadFileBytes(path);
     const std::size_t tagSize = ID3v2TagSize(bytes);
     ASSERT_EQ(bytes.size(), tagSize + audio.size() + 128);
     EXPECT_TRUE(std::equal(audio.begin(), audio.end(), bytes.begin() + tagSize));
@@ -110,11 +110,11 @@ TEST(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
     // Without a genre the byte becomes 148; a genre on a new block that is no ID3v1 genre is 0.
     tags.DeleteParm("GENRE");
     ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
-    EXPECT_EQ(ReadBytes(path).back(), 148);
+    EXPECT_EQ(ReadFileBytes(path).back(), 148);
     const auto other = MakeMp3(home.Path(), "other.mp3");
     tags.SetTag("GENRE", "My Genre", true);
     ASSERT_TRUE(tags.WriteTagsMP3(other.c_str()));
-    EXPECT_EQ(ReadBytes(other).back(), 0);
+    EXPECT_EQ(ReadFileBytes(other).back(), 0);
 }
 
 TEST(MP3Tags, ID3v2WinsAndID3v1FillsTheGaps) {
@@ -190,9 +190,9 @@ TEST(MP3Tags, Version22IsReadAndVersion24OnlyThroughItsID3v1Block) {
     }
     bytes.resize(bytes.size() + 30); // padding
     ID3v2EncodeTagSize(bytes.data() + 6, static_cast<uint32_t>(bytes.size() - 10));
-    const std::vector<uint8_t> audio = ReadBytes(path);
+    const std::vector<uint8_t> audio = ReadFileBytes(path);
     bytes.insert(bytes.end(), audio.begin(), audio.end());
-    WriteBytes(path, bytes);
+    WriteFileBytes(path, bytes);
     LAudioTagData tags = Read(path);
     EXPECT_EQ(tags.GetID3v2Version(), 2);
     EXPECT_EQ(tags.GetTag("TITLE"), "Two Two");
@@ -217,7 +217,7 @@ TEST(MP3Tags, Version22IsReadAndVersion24OnlyThroughItsID3v1Block) {
     tags.SetTag("ALBUM", "Now in v2.3", true);
     ASSERT_TRUE(tags.WriteTagsMP3(other.c_str()));
     EXPECT_EQ(FFprobeTags(other)["album"], "Now in v2.3");
-    EXPECT_EQ(ReadBytes(other)[3], 3);
+    EXPECT_EQ(ReadFileBytes(other)[3], 3);
 }
 
 TEST(MP3Tags, CoverImageIsWrittenAndReadBack) {
@@ -238,23 +238,23 @@ TEST(MP3Tags, CoverImageIsWrittenAndReadBack) {
     EXPECT_NE(streams.find("codec_name=mjpeg"), std::string::npos) << streams;
     const LAudioTagData read = Read(path);
     EXPECT_EQ(read.GetImagePath(), LID3v2CoverImagePath());
-    EXPECT_EQ(ReadBytes(read.GetImagePath()), ReadBytes(cover));
+    EXPECT_EQ(ReadFileBytes(read.GetImagePath()), ReadFileBytes(cover));
 }
 
 TEST(MP3Tags, DamagedOrMissingFilesFailAndLoseNothing) {
     TempHome home;
     const auto path = MakeMp3(home.Path());
-    const std::vector<uint8_t> audio = ReadBytes(path);
+    const std::vector<uint8_t> audio = ReadFileBytes(path);
     // A tag whose size runs past the end of the file.
     std::vector<uint8_t> bytes{'I', 'D', '3', 3, 0, 0, 0x7F, 0x7F, 0x7F, 0x7F};
     bytes.insert(bytes.end(), audio.begin(), audio.end());
-    WriteBytes(path, bytes);
+    WriteFileBytes(path, bytes);
     LAudioTagData tags;
     EXPECT_FALSE(tags.ReadTags(path.c_str(), tagModeAll));
     EXPECT_TRUE(tags.IsEmpty());
     tags.SetTag("TITLE", "Repaired", true);
     ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
-    const std::vector<uint8_t> written = ReadBytes(path);
+    const std::vector<uint8_t> written = ReadFileBytes(path);
     const std::size_t tagSize = ID3v2TagSize(written);
     ASSERT_EQ(written.size(), tagSize + bytes.size() + 128);
     EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), written.begin() + tagSize));
@@ -265,7 +265,7 @@ TEST(MP3Tags, DamagedOrMissingFilesFailAndLoseNothing) {
     EXPECT_FALSE(tags.WriteTags(missing.c_str(), tagModeAll, false));
     EXPECT_FALSE(std::filesystem::exists(missing));
     const auto text = home.Path() / "notes.txt";
-    WriteBytes(text, {'h', 'i'});
+    WriteFileBytes(text, {'h', 'i'});
     EXPECT_FALSE(tags.WriteTags(text.c_str(), tagModeAll, false));
-    EXPECT_EQ(ReadBytes(text).size(), 2u);
+    EXPECT_EQ(ReadFileBytes(text).size(), 2u);
 }

@@ -1,41 +1,21 @@
 #pragma once
 
+#include "codecs/WaveTestUtil.h"
 #include "support/TempHome.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
 
-// Test files for the tag tests: short MP3 and wave files made with sox and LAME, byte access,
-// and what outside tools (ffprobe, mutagen) read from a file.
+// Test files for the tag tests: short MP3 and wave files made with sox and LAME, and what
+// outside tools (ffprobe, mutagen) read from a file. Byte access comes from the wave tests.
 
 namespace tagtest {
 
-inline std::vector<uint8_t> ReadBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
-}
-
-inline void WriteBytes(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-}
-
 inline void Append(std::vector<uint8_t>& bytes, const std::string& text) {
     bytes.insert(bytes.end(), text.begin(), text.end());
-}
-
-inline void AppendLE32(std::vector<uint8_t>& bytes, uint32_t value) {
-    for (int i = 0; i < 4; ++i)
-        bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
-}
-
-inline uint32_t LE32(const std::vector<uint8_t>& bytes, std::size_t at) {
-    return bytes[at] | (bytes[at + 1] << 8) | (bytes[at + 2] << 16) |
-           (uint32_t{bytes[at + 3]} << 24);
 }
 
 // Half a second of a stereo 440 Hz tone as 16-bit 44.1 kHz PCM (sox's header: 44 bytes).

@@ -25,7 +25,7 @@ struct Chunk {
 std::vector<Chunk> Chunks(const std::vector<uint8_t>& bytes) {
     std::vector<Chunk> chunks;
     for (std::size_t at = 12; at + 8 <= bytes.size();) {
-        const uint32_t size = LE32(bytes, at + 4);
+        const uint32_t size = Field32(bytes, at + 4);
         chunks.push_back({std::string(bytes.begin() + at, bytes.begin() + at + 4), size, at});
         at += 8 + ((std::size_t{size} + 1) & ~std::size_t{1});
     }
@@ -34,14 +34,14 @@ std::vector<Chunk> Chunks(const std::vector<uint8_t>& bytes) {
 
 std::vector<std::string> ChunkIds(const std::filesystem::path& path) {
     std::vector<std::string> ids;
-    for (const Chunk& chunk : Chunks(ReadBytes(path)))
+    for (const Chunk& chunk : Chunks(ReadFileBytes(path)))
         ids.push_back(chunk.id);
     return ids;
 }
 
 // The sample bytes of the file's data chunk.
 std::vector<uint8_t> Samples(const std::filesystem::path& path) {
-    const std::vector<uint8_t> bytes = ReadBytes(path);
+    const std::vector<uint8_t> bytes = ReadFileBytes(path);
     for (const Chunk& chunk : Chunks(bytes))
         if (chunk.id == "data")
             return std::vector<uint8_t>(bytes.begin() + chunk.offset + 8,
@@ -53,23 +53,23 @@ std::vector<uint8_t> Samples(const std::filesystem::path& path) {
 void WriteWave(const std::filesystem::path& path, const std::vector<uint8_t>& chunks) {
     std::vector<uint8_t> bytes;
     Append(bytes, "RIFF");
-    AppendLE32(bytes, 0);
+    AppendLE(bytes, 0, 4);
     Append(bytes, "WAVEfmt ");
-    AppendLE32(bytes, 16);
+    AppendLE(bytes, 16, 4);
     bytes.insert(bytes.end(), {1, 0, 1, 0, 0x44, 0xAC, 0, 0, 0x88, 0x58, 1, 0, 2, 0, 16, 0});
     bytes.insert(bytes.end(), chunks.begin(), chunks.end());
     Append(bytes, "data");
-    AppendLE32(bytes, 8);
+    AppendLE(bytes, 8, 4);
     bytes.resize(bytes.size() + 8, 0x11);
     const uint32_t riffSize = static_cast<uint32_t>(bytes.size() - 8);
     for (int i = 0; i < 4; ++i)
         bytes[4 + i] = static_cast<uint8_t>(riffSize >> (8 * i));
-    WriteBytes(path, bytes);
+    WriteFileBytes(path, bytes);
 }
 
 void AppendChunk(std::vector<uint8_t>& bytes, const std::string& id, const std::string& data) {
     Append(bytes, id);
-    AppendLE32(bytes, static_cast<uint32_t>(data.size()));
+    AppendLE(bytes, static_cast<uint32_t>(data.size()), 4);
     Append(bytes, data);
     if (data.size() % 2) bytes.push_back(0);
 }
@@ -119,8 +119,8 @@ TEST(WaveListInfo, WhatThisSystemWritesFFprobeAndSoxRead) {
     EXPECT_EQ(probed["comment"], "Erste Seite");
     EXPECT_EQ(Samples(path), samples);
     EXPECT_EQ(RunCommand("soxi -s " + ShellQuote(path.string())), "22050\n");
-    const std::vector<uint8_t> bytes = ReadBytes(path);
-    EXPECT_EQ(LE32(bytes, 4), bytes.size() - 8);
+    const std::vector<uint8_t> bytes = ReadFileBytes(path);
+    EXPECT_EQ(Field32(bytes, 4), bytes.size() - 8);
 
     LAudioTagData read;
     EXPECT_TRUE(read.ReadTags(path.c_str(), tagModeListInfo));
@@ -162,9 +162,9 @@ TEST(WaveListInfo, RewritesInPlaceWhenTheSizeIsUnchangedAndAppendsOtherwise) {
     const auto path = MakeWave(home.Path());
     LAudioTagData tags = SampleTags();
     ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    const std::vector<uint8_t> first = ReadBytes(path);
+    const std::vector<uint8_t> first = ReadFileBytes(path);
     ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    EXPECT_EQ(ReadBytes(path), first);
+    EXPECT_EQ(ReadFileBytes(path), first);
 
     tags.SetTag("TITLE", "A much longer title than before", true);
     ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
@@ -174,10 +174,10 @@ TEST(WaveListInfo, RewritesInPlaceWhenTheSizeIsUnchangedAndAppendsOtherwise) {
     EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TITLE"), "A much longer title than before");
 
     // The first tags fit the first fillers again.
-    const std::size_t size = ReadBytes(path).size();
+    const std::size_t size = ReadFileBytes(path).size();
     tags.SetTag("TITLE", kCafe, true);
     ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    EXPECT_EQ(ReadBytes(path).size(), size);
+    EXPECT_EQ(ReadFileBytes(path).size(), size);
     EXPECT_EQ(ChunkIds(path),
               (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "    ", "    "}));
     EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TITLE"), kCafe);
@@ -221,10 +221,10 @@ TEST(WaveListInfo, DamagedAndLargeLists) {
     WriteWave(path, chunks);
     EXPECT_FALSE(tags.ReadTagsWAV(path.c_str(), true));
     // A file without a wave form.
-    WriteBytes(path, {'R', 'I', 'F', 'F', 4, 0, 0, 0, 'A', 'V', 'I', ' '});
+    WriteFileBytes(path, {'R', 'I', 'F', 'F', 4, 0, 0, 0, 'A', 'V', 'I', ' '});
     EXPECT_FALSE(tags.ReadTags(path.c_str(), tagModeAll));
     EXPECT_FALSE(tags.WriteTags(path.c_str(), tagModeAll, false));
-    EXPECT_EQ(ReadBytes(path).size(), 12u);
+    EXPECT_EQ(ReadFileBytes(path).size(), 12u);
 }
 
 TEST(WaveListInfo, LongValuesAreCutSoThatTheyReadBack) {
@@ -286,9 +286,9 @@ TEST(WaveBext, RoundTripWithCodingHistory) {
     EXPECT_EQ(Read(copy, tagModeBWF).GetTag("CODINGHISTORY"), line + line);
 
     // Unchanged tags go back into the same chunk.
-    const std::vector<uint8_t> before = ReadBytes(path);
+    const std::vector<uint8_t> before = ReadFileBytes(path);
     ASSERT_TRUE(read.WriteTagsBWF(path.c_str(), false));
-    EXPECT_EQ(ReadBytes(path), before);
+    EXPECT_EQ(ReadFileBytes(path), before);
     EXPECT_EQ(ChunkIds(path), (std::vector<std::string>{"fmt ", "data", "bext"}));
 }
 
@@ -307,7 +307,7 @@ TEST(WaveCart, FieldsPostTimersAndTagText) {
     tags.SetParmBottom("TAGTEXT", std::string(400, 't').c_str());
     ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeCART, false));
 
-    const std::vector<uint8_t> bytes = ReadBytes(path);
+    const std::vector<uint8_t> bytes = ReadFileBytes(path);
     const Chunk cart = Chunks(bytes).back();
     ASSERT_EQ(cart.id, "cart");
     EXPECT_EQ(cart.size, 2048u + 400 + 1);
