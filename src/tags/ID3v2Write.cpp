@@ -10,7 +10,9 @@
 #include "tags/TagNames.h"
 #include "tags/TagText.h"
 
+#include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -49,7 +51,11 @@ uint32_t ParseNumber(const std::string& text) {
 // it does not read as a number.
 std::string GenreFrameText(const std::string& genre) {
     const int index = FindGenre(genre.c_str());
-    if (index >= 0) return "(" + std::to_string(index) + ")";
+    if (index >= 0) {
+        char number[16];
+        std::snprintf(number, sizeof(number), "(%d)", index);
+        return number;
+    }
     std::string out;
     for (char c : genre) {
         out += c;
@@ -90,9 +96,9 @@ void AppendPicture(Bytes& tag, const std::string& imagePath) {
         LOGWARN("Cannot read the cover image %s", imagePath.c_str());
         return;
     }
-    Bytes data{0};
-    AppendBytes(data, "image/jpeg");
-    data.insert(data.end(), {0, 0, 0});
+    static constexpr uint8_t kHeader[] = {0,   'i', 'm', 'a', 'g', 'e', '/',
+                                          'j', 'p', 'e', 'g', 0,   0,   0};
+    Bytes data(std::begin(kHeader), std::end(kHeader));
     data.insert(data.end(), image.begin(), image.end());
     AppendFrame(tag, "APIC", data);
 }
