@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 
 // A signed count of milliseconds: positions, lengths and time texts of audio.
