@@ -1,0 +1,130 @@
+#include "restore/Normalize.h"
+
+#include "platform/Settings.h"
+#include "restore/ConvertNotify.h"
+#include "restore/RestoreChain.h"
+#include "support/BufferSource.h"
+#include "support/RecordingProgress.h"
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+// A mono block of `frames` frames whose peak is `peak`, alternating sign.
+std::vector<int> Block(int frames, int peak)
+{
+    std::vector<int> samples(frames);
+    for (int i = 0; i < frames; ++i)
+        samples[i] = (i % 2 ? -1 : 1) * (peak * (i % 7 + 1) / 7);
+    return samples;
+}
+
+int Peak(const std::vector<int>& samples)
+{
+    int peak = 0;
+    for (int s : samples)
+        peak = std::max(peak, std::abs(s));
+    return peak;
+}
+
+TEST(Normalize, BringsThePeakTo80Percent)
+{
+    const int frames = 20000; // more than two blocks
+    LSoundSource source = MakeBufferSource(Block(frames, kNormalizeFullScale / 4), 44100, 1);
+    LSoundSource original = source;
+    RecordingProgress progress;
+    ASSERT_EQ(ProcessNormalize(progress, source, 80), PROCESS_DONE);
+    EXPECT_NE(source.Get(), original.Get());
+    // 80 % of full scale over a quarter of it is x3.2, quantised to 1/512.
+    const int gain = ((320 * 512) / 100);
+    // Negative samples round down by one.
+    const long long expected = static_cast<long long>(kNormalizeFullScale / 4) * gain / 512;
+    EXPECT_NEAR(Peak(ReadAll(source, frames)), expected, 1);
+    EXPECT_EQ(progress.statuses.front().first, "Normalize");
+    EXPECT_EQ(progress.progress.size(), 3u);
+}
+
+TEST(Normalize, GainIsLimitedToTenTimes)
+{
+    // A peak of 1 % of full scale would need x80.
+    LProcessNormalize job{80, MakeBufferSource(Block(1000, kNormalizeFullScale / 100), 44100, 2)};
+    RecordingProgress progress;
+    int gainPercent = 100;
+    ASSERT_EQ(ProcessNormalizeGetGain(progress, job, gainPercent), PROCESS_DONE);
+    EXPECT_EQ(gainPercent, kNormalizeMaxGainPercent);
+    EXPECT_EQ(job.source->GetPositionSample(), 0);
+}
+
+TEST(Normalize, SilenceGetsNoStage)
+{
+    LSoundSource source = MakeBufferSource(std::vector<int>(5000, 0), 44100, 1);
+    LSoundSource original = source;
+    RecordingProgress progress;
+    EXPECT_EQ(ProcessNormalize(progress, source, 80), PROCESS_DONE);
+    EXPECT_EQ(source.Get(), original.Get());
+}
+
+TEST(Normalize, StopAndErrorLeaveTheSource)
+{
+    LSoundSource source = MakeBufferSource(Block(20000, 1000), 44100, 1);
+    LSoundSource original = source;
+    RecordingProgress progress;
+    progress.stopAfter = 1;
+    EXPECT_EQ(ProcessNormalize(progress, source, 80), PROCESS_STOPPED);
+    EXPECT_EQ(source.Get(), original.Get());
+
+    LSoundSource broken;
+    EXPECT_EQ(ProcessNormalize(progress, broken, 80), PROCESS_FAILED);
+}
+
+// Keeps the status texts the chain shows.
+class RecordingNotify : public LConvertNotify {
+public:
+    std::vector<std::string> texts;
+    void SetStatusText(const char* text) override { texts.emplace_back(text); }
+    void NotifyFile(const char*) override {}
+    void NotifyAdd(const char*) override {}
+    void NotifyProgress(double) override {}
+};
+
+TEST(RestoreChain, RunsTheEnabledStepsInOrder)
+{
+    TempHome home;
+    RecordingNotify notify;
+    SetConvertNotify(&notify);
+    RecordingProgress progress;
+
+    LSoundSource source = MakeBufferSource(Block(4000, 1000), 44100, 2);
+    LSoundSource original = source;
+    EXPECT_EQ(ProcessAudioRestore(progress, source), PROCESS_DONE);
+    EXPECT_EQ(source.Get(), original.Get());
+    EXPECT_TRUE(notify.texts.empty());
+    // Unstored flags count as on when deciding whether to restore at all.
+    EXPECT_TRUE(IsAudioRestoreWanted());
+
+    for (const char* key : {"Normalization", "DCOffset", "HPF"})
+        LUserSettingSet<bool>("AudioRestoration", key, true);
+    LUserSettingSet<int>("RecordingSource", "RecordingSpeed", 2);
+    EXPECT_EQ(ProcessAudioRestore(progress, source), PROCESS_DONE);
+    EXPECT_EQ(notify.texts, (std::vector<std::string>{"DC Offset...", "HPF...",
+                                                      "78RPM Convert...", "Normalize..."}));
+    EXPECT_NE(source.Get(), original.Get());
+
+    for (const char* key :
+         {"DCOffset", "HPF", "Equalization", "ClickPop", "NoiseReduce", "Normalization"})
+        LUserSettingSet<bool>("AudioRestoration", key, false);
+    EXPECT_TRUE(IsAudioRestoreWanted());
+    LUserSettingSet<int>("RecordingSource", "RecordingSpeed", 0);
+    EXPECT_FALSE(IsAudioRestoreWanted());
+
+    LSoundSource broken;
+    EXPECT_EQ(ProcessAudioRestore(progress, broken), PROCESS_FAILED);
+    SetConvertNotify(nullptr);
+}
+
+} // namespace
