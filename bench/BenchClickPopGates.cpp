@@ -1,10 +1,11 @@
 // Throughput of the click and pop remover and the noise gates on 44.1 kHz stereo, as multiples
 // of real time. The input is a record-like loop: phrases of chords, loud and soft, over surface
 // hiss, with a click every 50 ms or so.
+#include "BenchMeasure.h"
+
 #include "restore/ClickPop.h"
 #include "restore/NoiseGates.h"
 
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -58,16 +59,8 @@ private:
     int position_ = 0;
 };
 
-// Reads kSeconds of the stage in blocks of 8192 frames and prints how much faster than real
-// time that went.
 void Measure(const char* name, LSoundSource stage) {
-    std::vector<int> block(2 * 8192);
-    const int frames = kSeconds * kRate;
-    const auto start = std::chrono::steady_clock::now();
-    for (int done = 0; done < frames; done += 8192)
-        stage->Read(block.data(), 8192);
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    std::printf("%-34s %8.1f x real time\n", name, kSeconds / elapsed.count());
+    BenchMeasure(name, stage, kSeconds);
 }
 
 } // namespace
