@@ -17,6 +17,10 @@ std::atomic<LConvertNotify*> gNotify{&gNone};
 
 } // namespace
 
-LConvertNotify& ConvertNotify() { return *gNotify.load(); }
+LConvertNotify& ConvertNotify() {
+    return *gNotify.load();
+}
 
-void SetConvertNotify(LConvertNotify* notify) { gNotify.store(notify ? notify : &gNone); }
+void SetConvertNotify(LConvertNotify* notify) {
+    gNotify.store(notify ? notify : &gNone);
+}

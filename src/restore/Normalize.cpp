@@ -11,11 +11,9 @@ constexpr int kBlockFrames = 8192;
 }
 
 LProcessResult ProcessNormalizeGetGain(LProcessInterface& progress, LProcessNormalize& job,
-                                       int& gainPercent)
-{
+                                       int& gainPercent) {
     LSoundSource source = job.source;
-    if (source->GetError() != sndErrNone)
-        return PROCESS_FAILED;
+    if (source->GetError() != sndErrNone) return PROCESS_FAILED;
     progress.SetStatus("Normalizing", 0);
     progress.SetStatus("Please wait...", 1);
 
@@ -25,10 +23,8 @@ LProcessResult ProcessNormalizeGetGain(LProcessInterface& progress, LProcessNorm
     int peak = 0;
     double fraction = 0;
     for (int pos = 0;;) {
-        if (progress.IsToStop())
-            return PROCESS_STOPPED;
-        if (pos >= end)
-            break;
+        if (progress.IsToStop()) return PROCESS_STOPPED;
+        if (pos >= end) break;
         const int frames = std::min(end - pos, kBlockFrames);
         source->Read(buffer.data(), frames);
         for (int i = 0; i < frames * channels; ++i)
@@ -39,15 +35,13 @@ LProcessResult ProcessNormalizeGetGain(LProcessInterface& progress, LProcessNorm
     }
 
     source->Seek(0);
-    if (peak < 1)
-        return PROCESS_DONE;
+    if (peak < 1) return PROCESS_DONE;
     const long long gain = static_cast<long long>(job.percent) * kNormalizeFullScale / peak;
     gainPercent = static_cast<int>(std::min<long long>(gain, kNormalizeMaxGainPercent));
     return PROCESS_DONE;
 }
 
-LProcessResult Process(LProcessInterface& progress, LProcessNormalize& job)
-{
+LProcessResult Process(LProcessInterface& progress, LProcessNormalize& job) {
     int gainPercent = 100;
     const LProcessResult result = ProcessNormalizeGetGain(progress, job, gainPercent);
     if (gainPercent != 100) {
@@ -57,14 +51,11 @@ LProcessResult Process(LProcessInterface& progress, LProcessNormalize& job)
     return result;
 }
 
-LProcessResult ProcessNormalize(LProcessInterface& progress, LSoundSource& source, int percent)
-{
-    if (source->GetError() != sndErrNone)
-        return PROCESS_FAILED;
+LProcessResult ProcessNormalize(LProcessInterface& progress, LSoundSource& source, int percent) {
+    if (source->GetError() != sndErrNone) return PROCESS_FAILED;
     progress.SetStatus("Normalize", 0);
     LProcessNormalize job{percent, source};
     const LProcessResult result = Process(progress, job);
-    if (result == PROCESS_DONE)
-        source = job.source;
+    if (result == PROCESS_DONE) source = job.source;
     return result;
 }

@@ -5,8 +5,8 @@
 #include "restore/ConvertNotify.h"
 #include "restore/DCOffset.h"
 #include "restore/HighPassFilter.h"
-#include "restore/Normalize.h"
 #include "restore/NoiseGates.h"
+#include "restore/Normalize.h"
 #include "restore/PitchSpeed.h"
 #include "restore/RIAA.h"
 
@@ -17,25 +17,23 @@ constexpr int kLowCutHz = 150;
 constexpr int kNoiseLevelDB = -36;
 constexpr int kNormalizePercent = 80;
 
-bool Enabled(const char* key, bool defaultValue)
-{
+bool Enabled(const char* key, bool defaultValue) {
     return LUserSettingGet<bool>(kSection, key, defaultValue);
 }
 
-int RecordingSpeed() { return LUserSettingGet<int>("RecordingSource", "RecordingSpeed", 0); }
+int RecordingSpeed() {
+    return LUserSettingGet<int>("RecordingSource", "RecordingSpeed", 0);
+}
 
 } // namespace
 
-LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& source)
-{
-    if (source->GetError() != sndErrNone)
-        return PROCESS_FAILED;
+LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& source) {
+    if (source->GetError() != sndErrNone) return PROCESS_FAILED;
 
     // One step: show its name, run it, and stop the chain when it does not succeed.
     LProcessResult result = PROCESS_DONE;
     auto step = [&](const char* text, auto run) {
-        if (result != PROCESS_DONE)
-            return;
+        if (result != PROCESS_DONE) return;
         ConvertNotify().SetStatusText(text);
         result = run();
     };
@@ -57,16 +55,13 @@ LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& so
     if (Enabled("Equalization", false))
         step("Equalize...", [&] { return ProcessRIAAEqCalculate(progress, source); });
     if (Enabled("Normalization", false))
-        step("Normalize...",
-             [&] { return ProcessNormalize(progress, source, kNormalizePercent); });
+        step("Normalize...", [&] { return ProcessNormalize(progress, source, kNormalizePercent); });
     return result;
 }
 
-bool IsAudioRestoreWanted()
-{
+bool IsAudioRestoreWanted() {
     for (const char* key :
          {"DCOffset", "HPF", "Equalization", "ClickPop", "NoiseReduce", "Normalization"})
-        if (Enabled(key, true))
-            return true;
+        if (Enabled(key, true)) return true;
     return RecordingSpeed() != 0;
 }

@@ -16,24 +16,21 @@
 namespace {
 
 // A mono block of `frames` frames whose peak is `peak`, alternating sign.
-std::vector<int> Block(int frames, int peak)
-{
+std::vector<int> Block(int frames, int peak) {
     std::vector<int> samples(frames);
     for (int i = 0; i < frames; ++i)
         samples[i] = (i % 2 ? -1 : 1) * (peak * (i % 7 + 1) / 7);
     return samples;
 }
 
-int Peak(const std::vector<int>& samples)
-{
+int Peak(const std::vector<int>& samples) {
     int peak = 0;
     for (int s : samples)
         peak = std::max(peak, std::abs(s));
     return peak;
 }
 
-TEST(Normalize, BringsThePeakTo80Percent)
-{
+TEST(Normalize, BringsThePeakTo80Percent) {
     const int frames = 20000; // more than two blocks
     LSoundSource source = MakeBufferSource(Block(frames, kNormalizeFullScale / 4), 44100, 1);
     LSoundSource original = source;
@@ -49,8 +46,7 @@ TEST(Normalize, BringsThePeakTo80Percent)
     EXPECT_EQ(progress.progress.size(), 3u);
 }
 
-TEST(Normalize, GainIsLimitedToTenTimes)
-{
+TEST(Normalize, GainIsLimitedToTenTimes) {
     // A peak of 1 % of full scale would need x80.
     LProcessNormalize job{80, MakeBufferSource(Block(1000, kNormalizeFullScale / 100), 44100, 2)};
     RecordingProgress progress;
@@ -60,8 +56,7 @@ TEST(Normalize, GainIsLimitedToTenTimes)
     EXPECT_EQ(job.source->GetPositionSample(), 0);
 }
 
-TEST(Normalize, SilenceGetsNoStage)
-{
+TEST(Normalize, SilenceGetsNoStage) {
     LSoundSource source = MakeBufferSource(std::vector<int>(5000, 0), 44100, 1);
     LSoundSource original = source;
     RecordingProgress progress;
@@ -69,8 +64,7 @@ TEST(Normalize, SilenceGetsNoStage)
     EXPECT_EQ(source.Get(), original.Get());
 }
 
-TEST(Normalize, StopAndErrorLeaveTheSource)
-{
+TEST(Normalize, StopAndErrorLeaveTheSource) {
     LSoundSource source = MakeBufferSource(Block(20000, 1000), 44100, 1);
     LSoundSource original = source;
     RecordingProgress progress;
@@ -92,8 +86,7 @@ public:
     void NotifyProgress(double) override {}
 };
 
-TEST(RestoreChain, RunsTheEnabledStepsInOrder)
-{
+TEST(RestoreChain, RunsTheEnabledStepsInOrder) {
     TempHome home;
     RecordingNotify notify;
     SetConvertNotify(&notify);
@@ -111,8 +104,8 @@ TEST(RestoreChain, RunsTheEnabledStepsInOrder)
         LUserSettingSet<bool>("AudioRestoration", key, true);
     LUserSettingSet<int>("RecordingSource", "RecordingSpeed", 2);
     EXPECT_EQ(ProcessAudioRestore(progress, source), PROCESS_DONE);
-    EXPECT_EQ(notify.texts, (std::vector<std::string>{"DC Offset...", "HPF...",
-                                                      "78RPM Convert...", "Normalize..."}));
+    EXPECT_EQ(notify.texts, (std::vector<std::string>{"DC Offset...", "HPF...", "78RPM Convert...",
+                                                      "Normalize..."}));
     EXPECT_NE(source.Get(), original.Get());
 
     for (const char* key :

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "jobs/ProcessInterface.h"
+
+#include <cstdint>
+
+// One conversion request: turn a recorded file into the output file the user chose. Stored in
+// the processing queue's file byte for byte, so it holds only NUL-terminated texts in
+// 260-byte fields and byte flags (1825 bytes, no padding).
+struct LProcessConvert {
+    char sourcePath[260] = {};      // the file to convert (the raw recording)
+    char outputFolder[260] = {};    // created when missing
+    char outputExtension[260] = {}; // ".wav" or ".mp3"
+    // Empty: outputFolder + the source's file name + outputExtension.
+    char destinationPath[260] = {};
+    char reserved[260] = {};   // always zero
+    char lengthText[260] = {}; // the recording's length as shown; filled by the job when empty
+    char copyFolder[260] = {};
+    uint8_t restore = 1;      // apply the restoration chain
+    uint8_t convert = 1;      // keep the converted output; 0: the source file becomes the output
+    uint8_t addToList = 1;    // announce the finished file to the main window
+    uint8_t deleteSource = 0; // delete the source when the job ends
+    uint8_t copyToFolder = 0; // copy the finished file into copyFolder
+};
+static_assert(sizeof(LProcessConvert) == 1825);
+
+// Converts the request's source into its destination: opens the wave or MP3 source, restores
+// it when asked, writes a wave or MP3 file with the source's tags, then renames, copies and
+// announces as the request says. Every failure is logged; whenever the result is not
+// PROCESS_DONE the source is kept and no partial output is left.
+LProcessResult Process(LProcessInterface& progress, LProcessConvert& job);
