@@ -1,0 +1,139 @@
+#pragma once
+
+#include "app/MainNotify.h"
+#include "jobs/Thread.h"
+#include "restore/ConvertJob.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+// A thread whose reports go to the main window through gMainNotify.
+class MainProcessNotify : public LThread {};
+
+// What the queue does with its file when a job returns PROCESS_STOPPED.
+enum PROCESS_STOP_BEHAVIOR : int {
+    STOP_KEEP_LIST = 0,   // the stopped request stays at the head and runs again next time
+    STOP_DROP_ITEM = 1,   // the stopped request is removed like a finished one
+    STOP_DELETE_LIST = 2, // the whole queue file is deleted
+};
+
+// The queue file: an 8-byte little-endian header {version 1, resume count, record size}
+// followed by the records, oldest first. An empty file is an empty queue.
+namespace ProcessListFile {
+
+inline constexpr uint16_t kVersion = 1;
+inline constexpr std::size_t kHeaderSize = 8;
+// How long each open of the file waits for its lock before going on without it.
+inline constexpr uint32_t kLockWaitMs = 5000;
+
+// Whether an existing list is to be resumed: a valid header with at most "FailCount" earlier
+// resumes. A resumed list gets its resume count raised; any other file is deleted.
+bool Resume(const char* path, std::size_t recordSize);
+// Appends a record, writing the header first into an empty or missing file.
+bool Append(const char* path, const void* record, std::size_t recordSize);
+// Reads the head record. Returns the bytes read: recordSize, or fewer at the end of the list.
+std::size_t ReadHead(const char* path, void* record, std::size_t recordSize);
+// Removes the head record; the rest follows a fresh header (resume count 0). A list whose
+// only record is removed becomes an empty file.
+void DropHead(const char* path, std::size_t recordSize);
+void Delete(const char* path);
+
+} // namespace ProcessListFile
+
+// The processing queue: requests are kept in a file and handed one at a time, oldest first, to
+// `Process(LProcessInterface&, Record&)` on this thread, while further requests are appended.
+// Requests left in the file when the program ended are resumed at the next start. Overall
+// progress (the running job's fraction plus the requests finished, over the requests added)
+// goes to gMainNotify.
+template <typename Record, typename Base> class LProcessListThread : public Base {
+public:
+    ~LProcessListThread() override { this->StopThreadNow(); }
+
+    // Sets the queue file and resumes what it holds (starting the thread when `start`).
+    void SetListFilePath(const char* path, PROCESS_STOP_BEHAVIOR behaviour, bool start) {
+        std::lock_guard guard(mutex_);
+        path_ = std::string(path).substr(0, 259);
+        behaviour_ = behaviour;
+        if (ProcessListFile::Resume(path_.c_str(), sizeof(Record)) && start) StartLocked();
+    }
+
+    // Appends a request and starts the thread when it is not working through the list.
+    void Add(const Record& request) {
+        std::lock_guard guard(mutex_);
+        ProcessListFile::Append(path_.c_str(), &request, sizeof(Record));
+        requestsAdded_ += 1;
+        if (!active_) StartLocked();
+    }
+
+    // The running job's fraction as overall progress.
+    void SetProgress(double fraction) override {
+        double overall = fraction + requestsFinished_;
+        const double added = requestsAdded_;
+        if (added > 1) overall /= added;
+        gMainNotify.NotifyProgress(overall);
+    }
+
+protected:
+    void ThreadFunction() override {
+        requestsFinished_ = 0;
+        bool listEnded = false;
+        while (!this->IsToStop()) {
+            Record record;
+            {
+                std::lock_guard guard(mutex_);
+                const std::size_t got =
+                    ProcessListFile::ReadHead(path_.c_str(), &record, sizeof(Record));
+                if (got < sizeof(Record)) {
+                    if (got > 0) ProcessListFile::Delete(path_.c_str());
+                    // Decided under the lock, so that a request added from now on starts
+                    // the thread again.
+                    active_ = false;
+                    listEnded = true;
+                    requestsAdded_ = 0;
+                    requestsFinished_ = 0;
+                    break;
+                }
+            }
+            if (Process(*this, record) == PROCESS_STOPPED) {
+                if (behaviour_ == STOP_KEEP_LIST) break;
+                if (behaviour_ == STOP_DELETE_LIST) {
+                    std::lock_guard guard(mutex_);
+                    ProcessListFile::Delete(path_.c_str());
+                    requestsAdded_ = 0;
+                    break;
+                }
+            }
+            std::lock_guard guard(mutex_);
+            requestsFinished_ += 1;
+            ProcessListFile::DropHead(path_.c_str(), sizeof(Record));
+        }
+        if (!listEnded) {
+            std::lock_guard guard(mutex_);
+            active_ = false;
+        }
+        // Not under the lock: Add may hold it while it waits for this thread to end.
+        SetProgress(0);
+    }
+
+private:
+    // With the lock held: starts the thread, first letting a thread that has decided to end
+    // finish (its last steps do not take the lock).
+    void StartLocked() {
+        if (this->IsRunning()) this->ProcessWait(WAIT_FOREVER);
+        active_ = true;
+        this->Start(1);
+    }
+
+    std::mutex mutex_;
+    std::string path_;
+    PROCESS_STOP_BEHAVIOR behaviour_ = STOP_KEEP_LIST;
+    bool active_ = false;                      // working through the list, or about to
+    std::atomic<double> requestsAdded_ = 0;    // requests added in this run
+    std::atomic<double> requestsFinished_ = 0; // requests finished since the thread started
+};
+
+// The program's one processing queue.
+extern LProcessListThread<LProcessConvert, MainProcessNotify> thrConvertList;
