@@ -11,3 +11,5 @@ int CliSettings(const CliArgs& args);
 int CliInfo(const CliArgs& args);
 int CliDecode(const CliArgs& args);
 int CliTags(const CliArgs& args);
+int CliConvert(const CliArgs& args);
+int CliQueue(const CliArgs& args);

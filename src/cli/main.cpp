@@ -19,6 +19,8 @@ const CliCommand kCommands[] = {
     {"info", CliInfo, "info FILE"},
     {"decode", CliDecode, "decode IN OUT [--rate R] [--channels C]"},
     {"tags", CliTags, "tags FILE [--mode N] [--set NAME=VALUE]..."},
+    {"convert", CliConvert, "convert SRC DEST [--restore] [--copy-to DIR]"},
+    {"queue", CliQueue, "queue add SRC DEST [--restore] [--copy-to DIR] | queue list | queue run"},
 };
 
 void PrintHelp(FILE* out)

@@ -61,9 +61,10 @@ LSoundSink OpenSinkByExtension(const char* path, const char* extension, const LS
     return LSoundSink();
 }
 
-// Copies `file` into `folder` under its own name, or "name - n" with the first n from 0 that
-// is free.
+// Copies `file` into `folder` (created when missing) under its own name, or "name - n" with
+// the first n from 0 that is free.
 void CopyIntoFolder(const char* file, const char* folder) {
+    CreateFolderTree(folder);
     char fileName[kPathBufferSize], name[kPathBufferSize], ext[kPathBufferSize];
     _GetFileFromPath(fileName, file);
     _GetFileNameFromPath(name, file);
