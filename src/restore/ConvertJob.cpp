@@ -16,6 +16,7 @@
 #include "tags/AudioTagData.h"
 
 #include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -26,6 +27,12 @@ namespace {
 
 bool Exists(const char* path) {
     return access(path, F_OK) == 0;
+}
+
+// A regular file that holds something.
+bool IsWrittenFile(const char* path) {
+    struct stat status;
+    return stat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
 }
 
 bool SameText(const char* a, const char* b) {
@@ -113,6 +120,8 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
     // Releasing the last handles finishes the file before its tags go in.
     sink.Close();
     source.Close();
+    // An encoder that could not write its file is only seen in what it left behind.
+    if (result == PROCESS_DONE && !IsWrittenFile(writePath)) result = PROCESS_FAILED;
     if (result != PROCESS_DONE) {
         LOGERROR("File conversion FAILED: could not write to the sink file %s", writePath);
         unlink(writePath);

@@ -183,6 +183,11 @@ TEST_F(ConvertJobTest, FailuresKeepTheSourceAndLeaveNoOutput) {
     blocked.deleteSource = 1;
     EXPECT_EQ(Process(progress_, blocked), PROCESS_FAILED);
     EXPECT_TRUE(fs::is_directory(Out() / "keep.wav"));
+    // The encoder starts but cannot write its file.
+    fs::create_directories(Out() / "keep.mp3");
+    LProcessConvert encoder = Job(source, Out(), ".mp3");
+    encoder.deleteSource = 1;
+    EXPECT_EQ(Process(progress_, encoder), PROCESS_FAILED);
 
     LProcessConvert stopped = Job(source, Out() / "stop", ".wav");
     stopped.deleteSource = 1;
