@@ -168,9 +168,11 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job, bool& 
     char writePath[kPathBufferSize];
     CopyText(writePath, job.destinationPath);
     inPlace = SameText(job.sourcePath, job.destinationPath);
-    if (inPlace)
-        _MakeFilePath(writePath, job.outputFolder, ("_" + std::string(name)).c_str(),
-                      job.outputExtension);
+    if (inPlace) {
+        std::string prefixed = "_";
+        prefixed += name;
+        _MakeFilePath(writePath, job.outputFolder, prefixed.c_str(), job.outputExtension);
+    }
     LOG("Converting file to destination %s", inPlace ? job.sourcePath : job.destinationPath);
 
     LSoundSource source = OpenSourceByExtension(job.sourcePath);
