@@ -1,25 +1,19 @@
 // Feeds arbitrary bytes to the ID3v2 tag parser, then to the MP3 tag readers and writers as a
-// file. The bytes live in an anonymous memory file, opened by its /proc path like any file on
-// disk; writing changes only that copy.
+// file. Writing changes only the in-memory copy.
+#include "FuzzFile.h"
+
 #include "tags/AudioTagData.h"
 #include "tags/ID3v2.h"
-
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <cstdint>
-#include <cstdio>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     LAudioTagData parsed;
     ParseTagID3v2(data, size, parsed);
     StoreTagID3v2(parsed);
 
-    static const int fd = memfd_create("id3-fuzz", 0);
-    if (fd < 0 || ftruncate(fd, 0) != 0 || pwrite(fd, data, size, 0) != static_cast<ssize_t>(size))
+    const std::string file = FuzzFilePath(data, size);
+    if (file.empty())
         return 0;
-    char path[64];
-    std::snprintf(path, sizeof path, "/proc/self/fd/%d", fd);
+    const char* path = file.c_str();
 
     LAudioTagData tags;
     tags.ReadTagsMP3(path);

@@ -1,20 +1,14 @@
 // Feeds arbitrary bytes to the wave tag readers (LIST INFO and DISP, bext, cart) and writers:
-// the RIFF chunk walk, filler reuse and appending. The bytes live in an anonymous memory
-// file, opened by its /proc path like any file on disk; writing changes only that copy.
+// the RIFF chunk walk, filler reuse and appending. Writing changes only the in-memory copy.
+#include "FuzzFile.h"
+
 #include "tags/AudioTagData.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <cstdint>
-#include <cstdio>
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const int fd = memfd_create("wave-tags-fuzz", 0);
-    if (fd < 0 || ftruncate(fd, 0) != 0 || pwrite(fd, data, size, 0) != static_cast<ssize_t>(size))
+    const std::string file = FuzzFilePath(data, size);
+    if (file.empty())
         return 0;
-    char path[64];
-    std::snprintf(path, sizeof path, "/proc/self/fd/%d", fd);
+    const char* path = file.c_str();
 
     LAudioTagData tags;
     tags.ReadTagsCART(path);
