@@ -1,7 +1,13 @@
-# vinora_library(NAME DEPS...): a static library of every .cpp below the calling folder,
-# headers included as "folder/file.h" from src/.
+# vinora_library(NAME DEPS...): a static library of every .cpp below the calling folder, except
+# those in sub-folders that build a library of their own (they have a CMakeLists.txt); headers
+# are included as "folder/file.h" from src/.
 function(vinora_library name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  file(GLOB_RECURSE own_lists ${CMAKE_CURRENT_SOURCE_DIR}/*/CMakeLists.txt)
+  foreach(list ${own_lists})
+    get_filename_component(folder ${list} DIRECTORY)
+    list(FILTER sources EXCLUDE REGEX "^${folder}/")
+  endforeach()
   if(NOT sources)
     add_library(${name} INTERFACE)
     target_include_directories(${name} INTERFACE ${PROJECT_SOURCE_DIR}/src)

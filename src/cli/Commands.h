@@ -13,3 +13,6 @@ int CliDecode(const CliArgs& args);
 int CliTags(const CliArgs& args);
 int CliConvert(const CliArgs& args);
 int CliQueue(const CliArgs& args);
+int CliDevices(const CliArgs& args);
+int CliCapture(const CliArgs& args);
+int CliPlay(const CliArgs& args);

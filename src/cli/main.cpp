@@ -21,10 +21,12 @@ const CliCommand kCommands[] = {
     {"tags", CliTags, "tags FILE [--mode N] [--set NAME=VALUE]..."},
     {"convert", CliConvert, "convert SRC DEST [--restore] [--copy-to DIR]"},
     {"queue", CliQueue, "queue add SRC DEST [--restore] [--copy-to DIR] | queue list | queue run"},
+    {"devices", CliDevices, "devices"},
+    {"capture", CliCapture, "capture OUT.wav [--device NAME] [--seconds N] [--threshold DB]"},
+    {"play", CliPlay, "play FILE [--device NAME]"},
 };
 
-void PrintHelp(FILE* out)
-{
+void PrintHelp(FILE* out) {
     std::fprintf(out, "Usage: vinora-cli COMMAND [ARGS...]\n\n"
                       "Vinora Records Vinyl to CD Converter, without windows.\n\n"
                       "Commands:\n");
@@ -35,8 +37,7 @@ void PrintHelp(FILE* out)
 
 } // namespace
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     if (argc < 2) {
         PrintHelp(stderr);
         return 2;
@@ -47,8 +48,7 @@ int main(int argc, char** argv)
         return 0;
     }
     for (const CliCommand& command : kCommands) {
-        if (name == command.name)
-            return command.run(CliArgs(argv + 2, argv + argc));
+        if (name == command.name) return command.run(CliArgs(argv + 2, argv + argc));
     }
     std::fprintf(stderr, "vinora-cli: unknown command \"%s\" (see vinora-cli --help)\n", argv[1]);
     return 2;
