@@ -1,5 +1,4 @@
 #include "jobs/SignalObject.h"
-#include "jobs/ProcessInterfaceVoid.h"
 #include "jobs/SignalObjectGroup.h"
 
 #include <gtest/gtest.h>
@@ -12,24 +11,16 @@
 // as a failure after a while instead of a hang.
 constexpr unsigned int kLongWait = 30000;
 
-TEST(SignalObject, StaysSetUntilOneResetDrainsEverySignal) {
+TEST(SignalObject, StaysSetUntilOneResetDrainsEverySignalAndWakesOtherThreads) {
     LSignalObject signal;
     EXPECT_FALSE(signal.IsSignaled());
-    signal.Signal();
-    signal.Signal();
-    signal.Signal();
+    for (int i = 0; i < 3; ++i)
+        signal.Signal();
     EXPECT_TRUE(signal.IsSignaled());
     EXPECT_TRUE(signal.IsSignaled()) << "looking must not consume the signal";
     signal.Reset();
-    EXPECT_FALSE(signal.IsSignaled());
     EXPECT_FALSE(signal.WaitSignal(10));
-    signal.Reset();
-    signal.Signal();
-    EXPECT_TRUE(signal.WaitSignal(kLongWait));
-}
 
-TEST(SignalObject, WakesAWaiterOnAnotherThread) {
-    LSignalObject signal;
     bool woke = false;
     std::thread waiter([&] { woke = signal.WaitSignal(WAIT_FOREVER); });
     signal.Signal();
@@ -37,7 +28,7 @@ TEST(SignalObject, WakesAWaiterOnAnotherThread) {
     EXPECT_TRUE(woke);
 }
 
-TEST(SignalObjectGroup, HoldsAtMost255Members) {
+TEST(SignalObjectGroup, HoldsAtMost255MembersAndAnExtraSignalWakesWithoutJoining) {
     std::vector<std::unique_ptr<LSignalObject>> signals;
     LSignalObjectGroup group;
     for (int i = 0; i < 256; ++i) {
@@ -45,36 +36,19 @@ TEST(SignalObjectGroup, HoldsAtMost255Members) {
         group.Add(*signals.back());
     }
     EXPECT_EQ(group.Count(), 255);
-
     signals[255]->Signal();
     EXPECT_FALSE(group.Select(10)) << "the 256th signal is not a member";
     signals[254]->Signal();
     EXPECT_TRUE(group.Select(kLongWait));
     EXPECT_TRUE(group.IsReady(*signals[254]));
     EXPECT_FALSE(group.IsReady(*signals[0]));
-}
 
-TEST(SignalObjectGroup, ExtraSignalWakesTheWaitWithoutJoiningTheGroup) {
     LSignalObject member, extra;
-    LSignalObjectGroup group;
-    group.Add(member);
+    LSignalObjectGroup small;
+    small.Add(member);
     extra.Signal();
-    EXPECT_TRUE(group.Select(kLongWait, extra));
-    EXPECT_TRUE(group.IsReady(extra));
-    EXPECT_FALSE(group.IsReady(member));
-    EXPECT_EQ(group.Count(), 1);
-    EXPECT_FALSE(group.Select(10)) << "without the extra signal nothing is set";
-}
-
-TEST(ProcessInterfaceVoid, WaitsReportSignalOrTimeOut) {
-    LProcessInterfaceVoid none;
-    LSignalObject signal;
-    LSignalObjectGroup group;
-    group.Add(signal);
-    EXPECT_EQ(none.ProcessWaitSignal(signal, 10), WAIT_TIMEOUT);
-    EXPECT_EQ(none.ProcessWaitSignalObjectGroup(group, 10), WAIT_TIMEOUT);
-    signal.Signal();
-    EXPECT_EQ(none.ProcessWaitSignalForever(signal), WAIT_SIGNALED);
-    EXPECT_EQ(none.ProcessWaitSignalObjectGroup(group, kLongWait), WAIT_SIGNALED);
-    EXPECT_FALSE(none.IsToStop());
+    EXPECT_TRUE(small.Select(kLongWait, extra));
+    EXPECT_TRUE(small.IsReady(extra));
+    EXPECT_FALSE(small.IsReady(member));
+    EXPECT_FALSE(small.Select(10)) << "the extra signal did not join the group";
 }
