@@ -32,46 +32,32 @@ protected:
         EXPECT_TRUE(LoadFile(path.c_str(), data, 0));
         return data;
     }
-
-    static mode_t ModeOf(const std::string& path) {
-        struct stat info {};
-        stat(path.c_str(), &info);
-        return info.st_mode & 07777;
-    }
 };
 
 } // namespace
 
-TEST_F(FileOps, SaveAppendAndLoadWholeFiles) {
-    const std::string path = PathOf("whole.bin");
-    const std::vector<uint8_t> data = Pattern(20000);
-    ASSERT_TRUE(SaveFile(path.c_str(), data.data(), data.size(), 100));
-    ASSERT_TRUE(AppendFile(path.c_str(), "tail", 4, 100));
-    std::vector<uint8_t> expected = data;
-    expected.insert(expected.end(), {'t', 'a', 'i', 'l'});
-    EXPECT_EQ(Load(path), expected);
-
-    // Saving again replaces the contents, it does not leave old bytes behind.
-    ASSERT_TRUE(SaveFile(path.c_str(), "short", 5, 100));
-    EXPECT_EQ(Load(path), (std::vector<uint8_t>{'s', 'h', 'o', 'r', 't'}));
-
-    std::vector<uint8_t> missing;
-    EXPECT_FALSE(LoadFile(PathOf("missing").c_str(), missing, 0));
-}
-
-TEST_F(FileOps, CopyFileCopiesEveryChunkAndOpensThePermissions) {
-    const std::string from = PathOf("from.wav"), to = PathOf("to.wav");
+TEST_F(FileOps, SaveAppendCopyAndMoveKeepEveryByte) {
+    const std::string from = PathOf("from.wav"), to = PathOf("to.wav"), moved = PathOf("b.wav");
     const std::vector<uint8_t> data = Pattern(3 * 8192 + 17);
-    ASSERT_TRUE(SaveFile(from.c_str(), data.data(), data.size(), 0));
-    ASSERT_TRUE(SaveFile(to.c_str(), Pattern(50000).data(), 50000, 0));
+    ASSERT_TRUE(SaveFile(from.c_str(), Pattern(50000).data(), 50000, 100));
+    ASSERT_TRUE(SaveFile(from.c_str(), data.data(), data.size() - 4, 100)) << "replaces";
+    ASSERT_TRUE(AppendFile(from.c_str(), data.data() + data.size() - 4, 4, 100));
+    EXPECT_EQ(Load(from), data);
 
+    ASSERT_TRUE(SaveFile(to.c_str(), Pattern(50000).data(), 50000, 0));
     ASSERT_TRUE(CopyFile(from.c_str(), to.c_str()));
     EXPECT_EQ(Load(to), data);
-    EXPECT_EQ(ModeOf(to), 0777u);
-    EXPECT_EQ(Load(from), data);
+    struct stat info {};
+    stat(to.c_str(), &info);
+    EXPECT_EQ(info.st_mode & 07777, 0777u);
+
+    ASSERT_TRUE(SaveFile(moved.c_str(), "old contents", 12, 0));
+    ASSERT_TRUE(MoveFile(to.c_str(), moved.c_str()));
+    EXPECT_FALSE(fs::exists(to));
+    EXPECT_EQ(Load(moved), data);
 }
 
-TEST_F(FileOps, CopyFileRefusesWhatWouldLoseData) {
+TEST_F(FileOps, FailuresLoseNoData) {
     const std::string from = PathOf("from.wav");
     ASSERT_TRUE(SaveFile(from.c_str(), "audio", 5, 0));
     // A file copied onto itself would be truncated before it is read.
@@ -80,22 +66,15 @@ TEST_F(FileOps, CopyFileRefusesWhatWouldLoseData) {
     EXPECT_FALSE(CopyFile(PathOf("missing").c_str(), PathOf("copy").c_str()));
     EXPECT_FALSE(fs::exists(PathOf("copy")));
     EXPECT_FALSE(CopyFile(from.c_str(), PathOf("no/such/folder/copy").c_str()));
+    EXPECT_FALSE(MoveFile(PathOf("missing").c_str(), from.c_str()));
+    EXPECT_EQ(Load(from).size(), 5u);
+    std::vector<uint8_t> missing;
+    EXPECT_FALSE(LoadFile(PathOf("missing").c_str(), missing, 0));
 }
 
-TEST_F(FileOps, MoveFileReplacesTheTarget) {
-    const std::string from = PathOf("a.mp3"), to = PathOf("b.mp3");
-    ASSERT_TRUE(SaveFile(from.c_str(), "new", 3, 0));
-    ASSERT_TRUE(SaveFile(to.c_str(), "old contents", 12, 0));
-    ASSERT_TRUE(MoveFile(from.c_str(), to.c_str()));
-    EXPECT_FALSE(fs::exists(from));
-    EXPECT_EQ(Load(to), (std::vector<uint8_t>{'n', 'e', 'w'}));
-    EXPECT_FALSE(MoveFile(from.c_str(), to.c_str()));
-}
-
-TEST_F(FileOps, TestFolderWritableLeavesNothingBehind) {
+TEST_F(FileOps, WritableTestAndTempFilesLeaveNoStrayFiles) {
     const std::string folder = home.Path().string();
     EXPECT_TRUE(TestFolderWritable(folder.c_str()));
-    EXPECT_FALSE(fs::exists(home.Path() / "__wt"));
     EXPECT_FALSE(TestFolderWritable(PathOf("missing").c_str()));
     if (geteuid() != 0) {
         const std::string locked = PathOf("locked");
@@ -104,25 +83,18 @@ TEST_F(FileOps, TestFolderWritableLeavesNothingBehind) {
         EXPECT_FALSE(TestFolderWritable(locked.c_str()));
         chmod(locked.c_str(), 0755);
     }
-}
+    EXPECT_FALSE(fs::exists(home.Path() / "__wt"));
 
-TEST_F(FileOps, GetTempFileMakesUniqueFilesWithTheExtension) {
-    const std::string folder = home.Path().string();
     std::set<std::string> made;
     for (int i = 0; i < 5; ++i) {
         char path[kPathBufferSize];
         ASSERT_TRUE(GetTempFile(folder.c_str(), path, ".wav"));
-        const fs::path file(path);
-        EXPECT_EQ(file.parent_path(), home.Path());
-        EXPECT_EQ(file.extension(), ".wav");
-        EXPECT_EQ(file.stem().string().size(), 7u);
-        EXPECT_EQ(file.stem().string()[0], '0');
-        EXPECT_EQ(fs::file_size(file), 0u);
-        EXPECT_EQ(ModeOf(path), 0666u);
+        EXPECT_EQ(fs::path(path).parent_path(), home.Path());
+        EXPECT_EQ(fs::path(path).extension(), ".wav");
+        EXPECT_EQ(fs::file_size(path), 0u);
         made.insert(path);
     }
     EXPECT_EQ(made.size(), 5u);
-
     char path[kPathBufferSize] = "unchanged";
     EXPECT_FALSE(GetTempFile(PathOf("missing").c_str(), path, ".wav"));
     EXPECT_STREQ(path, "");

@@ -133,7 +133,6 @@ public:
         stopAt_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
         stops_ = ms >= 0;
     }
-    std::chrono::steady_clock::time_point StopAt() const { return stopAt_; }
 
     bool IsToStop() override { return stops_ && std::chrono::steady_clock::now() >= stopAt_; }
     bool ProcessWait(unsigned int) override { return IsToStop(); }

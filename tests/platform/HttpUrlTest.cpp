@@ -8,67 +8,57 @@
 
 namespace {
 
-TEST(HttpUrlTest, SplitsHostAndPath) {
-    char host[kPathBufferSize];
-    char path[64];
-    EXPECT_TRUE(ProcessHTTPSplitHost("http://example/a/b.txt", host, path, sizeof path));
-    EXPECT_STREQ(host, "example");
-    EXPECT_STREQ(path, "/a/b.txt");
-    EXPECT_TRUE(ProcessHTTPSplitHost("http://example", host, path, sizeof path));
-    EXPECT_STREQ(host, "example");
-    EXPECT_STREQ(path, "");
-    EXPECT_TRUE(ProcessHTTPSplitHost("example:8080/x", host, path, sizeof path));
-    EXPECT_STREQ(host, "example:8080");
-    EXPECT_STREQ(path, "/x");
-    EXPECT_FALSE(ProcessHTTPSplitHost("http:///x", host, path, sizeof path));
+TEST(HttpUrlTest, SplitsUrlsIntoHostPortAndPath) {
+    const struct {
+        const char* url;
+        const char* host; // nullptr: refused
+        const char* path;
+    } urls[] = {{"http://example/a/b.txt", "example", "/a/b.txt"},
+                {"http://example", "example", ""},
+                {"example:8080/x", "example:8080", "/x"},
+                {"http:///x", nullptr, ""}};
+    for (const auto& u : urls) {
+        char host[kPathBufferSize], path[64];
+        ASSERT_EQ(ProcessHTTPSplitHost(u.url, host, path, sizeof path), u.host != nullptr) << u.url;
+        if (u.host) EXPECT_EQ(std::string(host) + " " + path, std::string(u.host) + " " + u.path);
+    }
+    char host[kPathBufferSize], path[64];
     EXPECT_FALSE(ProcessHTTPSplitHost(("http://h/" + std::string(100, 'p')).c_str(), host, path,
                                       sizeof path))
         << "a path that does not fit";
-}
 
-TEST(HttpUrlTest, SplitsThePort) {
-    std::string host;
+    std::string name;
     int port = 0;
-    EXPECT_TRUE(LHTTPSplitHostPort("example", host, port));
-    EXPECT_EQ(host, "example");
-    EXPECT_EQ(port, 80);
-    EXPECT_TRUE(LHTTPSplitHostPort("127.0.0.1:8123", host, port));
-    EXPECT_EQ(host, "127.0.0.1");
-    EXPECT_EQ(port, 8123);
-    EXPECT_FALSE(LHTTPSplitHostPort("example:http", host, port));
-    EXPECT_FALSE(LHTTPSplitHostPort("example:70000", host, port));
+    EXPECT_TRUE(LHTTPSplitHostPort("example", name, port));
+    EXPECT_EQ(name + ":" + std::to_string(port), "example:80");
+    EXPECT_TRUE(LHTTPSplitHostPort("127.0.0.1:8123", name, port));
+    EXPECT_EQ(name + ":" + std::to_string(port), "127.0.0.1:8123");
+    EXPECT_FALSE(LHTTPSplitHostPort("example:http", name, port));
+    EXPECT_FALSE(LHTTPSplitHostPort("example:70000", name, port));
 }
 
-TEST(HttpUrlTest, ParentCutsOneSegment) {
-    std::string parent;
-    EXPECT_TRUE(LHTTPGetURLParent(parent, "http://example/a/b"));
-    EXPECT_EQ(parent, "http://example/a");
-    EXPECT_TRUE(LHTTPGetURLParent(parent, "http://example/a/"));
-    EXPECT_EQ(parent, "http://example");
-    EXPECT_FALSE(LHTTPGetURLParent(parent, "http://example"));
-    EXPECT_FALSE(LHTTPGetURLParent(parent, "http://"));
-}
+TEST(HttpUrlTest, ResolvesRedirectionsAndStatusLines) {
+    const struct {
+        const char* base;
+        const char* location;
+        const char* resolved; // nullptr: refused
+    } redirections[] = {
+        {"http://example/a/b/c", "../x", "http://example/a/x"},
+        {"http://example/a/b/c", "/x", "http://example/x"},
+        {"http://example/a/b/c", "https://other/y", "https://other/y"},
+        {"http://example/a/b/c", "d", "http://example/a/b/d"},
+        {"http://example/a/b/c", "./../../d", "http://example/d"},
+        {"http://example/c", "../../d", "http://example/d"}, // never above the host
+        {"http://example:81", "d", "http://example:81/d"},
+        {"http://example/a", "", nullptr},
+    };
+    for (const auto& r : redirections) {
+        std::string out;
+        ASSERT_EQ(LHTTPResolveRedirection(out, r.base, r.location), r.resolved != nullptr)
+            << r.location;
+        if (r.resolved) EXPECT_EQ(out, r.resolved) << r.base << " + " << r.location;
+    }
 
-TEST(HttpUrlTest, ResolvesRedirections) {
-    std::string out;
-    EXPECT_TRUE(LHTTPResolveRedirection(out, "http://example/a/b/c", "../x"));
-    EXPECT_EQ(out, "http://example/a/x");
-    EXPECT_TRUE(LHTTPResolveRedirection(out, "http://example/a/b/c", "/x"));
-    EXPECT_EQ(out, "http://example/x");
-    EXPECT_TRUE(LHTTPResolveRedirection(out, "http://example/a/b/c", "https://other/y"));
-    EXPECT_EQ(out, "https://other/y");
-    EXPECT_TRUE(LHTTPResolveRedirection(out, "http://example/a/b/c", "d"));
-    EXPECT_EQ(out, "http://example/a/b/d");
-    EXPECT_TRUE(LHTTPResolveRedirection(out, "http://example/a/b/c", "./../../d"));
-    EXPECT_EQ(out, "http://example/d");
-    EXPECT_TRUE(LHTTPResolveRedirection(out, "http://example/c", "../../d"));
-    EXPECT_EQ(out, "http://example/d") << "never above the host";
-    EXPECT_TRUE(LHTTPResolveRedirection(out, "http://example:81", "d"));
-    EXPECT_EQ(out, "http://example:81/d");
-    EXPECT_FALSE(LHTTPResolveRedirection(out, "http://example/a", ""));
-}
-
-TEST(HttpUrlTest, ReadsStatusLines) {
     EXPECT_EQ(LHTTPParseStatusLine("HTTP/1.0 200 OK"), 200);
     EXPECT_EQ(LHTTPParseStatusLine("http/1.1 302 Found"), 302);
     EXPECT_EQ(LHTTPParseStatusLine("ICY 200 OK"), -1);

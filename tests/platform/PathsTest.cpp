@@ -12,55 +12,49 @@ std::string MakePath(const char* folder, const char* name, const char* ext) {
     return out;
 }
 
-template <void (*Part)(char*, const char*)> std::string Take(const char* path) {
-    char out[kPathBufferSize];
-    Part(out, path);
-    return out;
-}
-
 } // namespace
 
-TEST(Paths, MakeFilePathAddsOneSeparator) {
+TEST(Paths, MakeFilePathJoinsWithOneSeparatorAndCutsToTheBuffer) {
     EXPECT_EQ(MakePath("/a/", "b", ".wav"), "/a/b.wav");
     EXPECT_EQ(MakePath("/a", "b", ".wav"), "/a/b.wav");
     EXPECT_EQ(MakePath("C:\\a\\", "b", ".wav"), "C:\\a\\b.wav");
     EXPECT_EQ(MakePath("", "b", ".wav"), "b.wav");
-    char out[kPathBufferSize];
-    _MakeFilePath(out, "/a", "b.mp3");
-    EXPECT_STREQ(out, "/a/b.mp3");
-}
+    const std::string cut = MakePath(std::string(300, 'f').c_str(), "name", ".wav");
+    EXPECT_EQ(cut.size(), kPathBufferSize - 1);
+    EXPECT_EQ(cut.substr(258), "/");
 
-TEST(Paths, MakeFilePathCutsToTheBuffer) {
-    const std::string folder(300, 'f');
-    const std::string path = MakePath(folder.c_str(), "name", ".wav");
-    EXPECT_EQ(path.size(), kPathBufferSize - 1);
-    EXPECT_EQ(path.substr(258), "/");
-}
-
-TEST(Paths, MakeFilePathIntoItsOwnFolderBuffer) {
     char path[kPathBufferSize] = "/music";
     _MakeFilePath(path, path, "side", ".wav");
-    EXPECT_STREQ(path, "/music/side.wav");
+    EXPECT_STREQ(path, "/music/side.wav") << "the folder may be the output buffer";
 }
 
 TEST(Paths, TakesPathsApart) {
-    EXPECT_EQ(Take<_GetFileFromPath>("/x/y.tar.gz"), "y.tar.gz");
-    EXPECT_EQ(Take<_GetFileFromPath>("C:\\x\\y.wav"), "y.wav");
-    EXPECT_EQ(Take<_GetFileFromPath>("y.wav"), "y.wav");
-
-    EXPECT_EQ(Take<_GetFileNameFromPath>("/x/y.tar.gz"), "y.tar");
-    EXPECT_EQ(Take<_GetFileNameFromPath>("/x/.hidden"), ".hidden");
-    EXPECT_EQ(Take<_GetFileNameFromPath>("/x.y/z"), "z");
-
-    EXPECT_EQ(Take<_GetFileExtensionFromPath>("/x/y.tar.gz"), ".gz");
-    EXPECT_EQ(Take<_GetFileExtensionFromPath>("/x.y/z"), "");
-    EXPECT_EQ(Take<_GetFileExtensionFromPath>("/x/.hidden"), "");
-    EXPECT_EQ(Take<_GetFileExtensionFromPath>(".profile"), "");
-    EXPECT_EQ(Take<_GetFileExtensionFromPath>("a\\b.WAV"), ".WAV");
-
-    EXPECT_EQ(Take<_GetFolderFromPath>("/a/b/c.wav"), "/a/b");
-    EXPECT_EQ(Take<_GetFolderFromPath>("/c.wav"), "/");
-    EXPECT_EQ(Take<_GetFolderFromPath>("c.wav"), "");
+    const struct {
+        const char* path;
+        const char* file;
+        const char* name;
+        const char* extension;
+        const char* folder;
+    } paths[] = {
+        {"/x/y.tar.gz", "y.tar.gz", "y.tar", ".gz", "/x"},
+        {"C:\\x\\y.WAV", "y.WAV", "y", ".WAV", "C:\\x"},
+        {"/x.y/z", "z", "z", "", "/x.y"},
+        {"/x/.hidden", ".hidden", ".hidden", "", "/x"},
+        {"/c.wav", "c.wav", "c", ".wav", "/"},
+        {"c.wav", "c.wav", "c", ".wav", ""},
+    };
+    for (const auto& p : paths) {
+        char file[kPathBufferSize], name[kPathBufferSize], ext[kPathBufferSize],
+            folder[kPathBufferSize];
+        _GetFileFromPath(file, p.path);
+        _GetFileNameFromPath(name, p.path);
+        _GetFileExtensionFromPath(ext, p.path);
+        _GetFolderFromPath(folder, p.path);
+        EXPECT_STREQ(file, p.file) << p.path;
+        EXPECT_STREQ(name, p.name) << p.path;
+        EXPECT_STREQ(ext, p.extension) << p.path;
+        EXPECT_STREQ(folder, p.folder) << p.path;
+    }
 }
 
 TEST(Paths, PreprocessNameDropsWhatCannotStandInAFileName) {
@@ -71,8 +65,6 @@ TEST(Paths, PreprocessNameDropsWhatCannotStandInAFileName) {
     EXPECT_STREQ(out, "Côte d'Ivoire");
     EXPECT_FALSE(PreprocessName("../..", out));
     EXPECT_STREQ(out, "");
-
-    const std::string longName(400, 'n');
-    EXPECT_TRUE(PreprocessName(longName.c_str(), out));
+    EXPECT_TRUE(PreprocessName(std::string(400, 'n').c_str(), out));
     EXPECT_EQ(std::string(out).size(), kPathBufferSize - 1);
 }

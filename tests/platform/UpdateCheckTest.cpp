@@ -21,21 +21,6 @@ std::string Body(const std::string& body) {
     return "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\n" + body;
 }
 
-TEST(UpdateCheckTest, ReadsVersionAndLink) {
-    LProcessCheckForVersionUpdates job;
-    ASSERT_TRUE(LParseVersionReply(Body("version=1.6&info=http://x/y").c_str(), job));
-    EXPECT_DOUBLE_EQ(job.latestVersion, 1.6);
-    EXPECT_STREQ(job.infoLink, "http://x/y");
-
-    ASSERT_TRUE(LParseVersionReply(Body("version=1.51\r\n").c_str(), job));
-    EXPECT_DOUBLE_EQ(job.latestVersion, 1.51);
-    EXPECT_STREQ(job.infoLink, "");
-
-    EXPECT_FALSE(LParseVersionReply(Body("info=http://x/y").c_str(), job));
-    EXPECT_FALSE(LParseVersionReply(Body("version=new").c_str(), job));
-    EXPECT_FALSE(LParseVersionReply("HTTP/1.0 404 Not Found\r\n\r\nversion=9", job));
-}
-
 class UpdateCommandTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -76,11 +61,19 @@ protected:
     std::string savedPath_;
 };
 
-TEST_F(UpdateCommandTest, NewerVersionOffersItsPage) {
+TEST_F(UpdateCommandTest, SameVersionIsCurrentAndANewerOneOffersItsPage) {
+    server_.Serve(kVersionPath, Body("version=1.51"));
+    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_DONE);
+    auto calls = user_.Calls();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].caption, "Version Current");
+    EXPECT_EQ(calls[0].text, "The current version is up-to-date");
+
+    user_.ClearCalls();
     server_.Serve(kVersionPath, Body("version=1.6&info=http://x/y"));
     user_.QueueAnswer(LMessageAnswer::Ok);
     EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_DONE);
-    const auto calls = user_.Calls();
+    calls = user_.Calls();
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0].caption, "Update Version Available");
     EXPECT_EQ(calls[0].text, "An updated version of this software is now available for download "
@@ -90,26 +83,19 @@ TEST_F(UpdateCommandTest, NewerVersionOffersItsPage) {
     EXPECT_EQ(OpenedLink(), "http://x/y");
 }
 
-TEST_F(UpdateCommandTest, SameVersionIsCurrent) {
-    server_.Serve(kVersionPath, Body("version=1.51"));
-    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_DONE);
-    const auto calls = user_.Calls();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0].caption, "Version Current");
-    EXPECT_EQ(calls[0].text, "The current version is up-to-date");
-    EXPECT_FALSE(fs::exists(opened_));
-}
-
-TEST_F(UpdateCommandTest, ReplyWithoutVersionOrNoServerFails) {
-    server_.Serve(kVersionPath, Body("nothing to see"));
-    LProcessCheckForVersionUpdates job;
-    EXPECT_EQ(Process(progress_, job), PROCESS_FAILED);
+TEST_F(UpdateCommandTest, ReplyWithoutAVersionOrNoServerFails) {
+    for (const std::string& reply : {Body("info=http://x/y"), Body("version=new"),
+                                     std::string("HTTP/1.0 404 Not Found\r\n\r\nversion=9")}) {
+        server_.Serve(kVersionPath, reply);
+        LProcessCheckForVersionUpdates job;
+        EXPECT_EQ(Process(progress_, job), PROCESS_FAILED) << reply;
+    }
 
     LUserSettingDeleteItem(kNetworkSection, kVersionHostKey);
     EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_FAILED);
     ASSERT_EQ(user_.Calls().size(), 1u);
     EXPECT_EQ(user_.Calls()[0].caption, "Vinora Records Vinyl to CD Converter");
-    EXPECT_EQ(server_.Requests().size(), 1u);
+    EXPECT_EQ(server_.Requests().size(), 3u);
 }
 
 } // namespace
