@@ -51,28 +51,9 @@ TEST(ConvertRateBase, CoefficientsFollowAKaiserWindowedSinc) {
     }
 }
 
-TEST(ConvertRateStages, EqualRatesKeepTheSourceAndLargeReductionsTakeTwoStages) {
+TEST(ConvertRateStages, OpenOnlyWhereTheRateDiffers) {
     LSoundSource same = MakeSineSource(44100, 2, 1000, 1000, 100);
     EXPECT_EQ(LSPConvertRate(44100).OpenSource(same).Get(), same.Get());
-
-    // Each stage doubles the maximum amplitude, so it counts the stages; the last stage's
-    // phases L and step M (in / out = M / L) show the rate it starts from.
-    struct Case {
-        int in, out, stages, phases, step;
-    };
-    for (const Case& c : {Case{44100, 48000, 1, 160, 147}, Case{48000, 44100, 1, 147, 160},
-                          Case{96000, 44100, 1, 147, 320}, Case{176400, 44100, 2, 1, 2},
-                          Case{192000, 44100, 2, 1, 2}}) {
-        LSoundSource source = MakeSineSource(c.in, 2, 1000, 1000, 100);
-        LSoundSource converted = LSPConvertRate(c.out).OpenSource(source);
-        auto* stage = dynamic_cast<LSRCConvertRate*>(converted.Get());
-        ASSERT_NE(stage, nullptr) << c.in;
-        EXPECT_EQ(converted->GetSampleRate(), c.out);
-        EXPECT_EQ(converted->GetMaxAmplitude(), 524272 << c.stages) << c.in;
-        EXPECT_EQ(stage->GetRate().GetPhases(), c.phases) << c.in;
-        EXPECT_EQ(stage->GetRate().GetStep(), c.step) << c.in;
-    }
-
     LSoundSource failed;
     EXPECT_EQ(LSPConvertRate(48000).OpenSource(failed).Get(), failed.Get());
     LSoundSource noRate = LSPConvertRate(0).OpenSource(same);
@@ -187,7 +168,7 @@ TEST(ConvertRateSignal, RemovesTonesAboveTheOutputNyquistFrequency) {
         EXPECT_LT(DB(RMS(values) * std::sqrt(2.0) / 300000), -40) << c.in << " Hz, " << c.frequency;
     }
 
-    // The two stages keep the audio band.
+    // The two stages of a fourfold reduction keep the audio band.
     LSoundSource source = MakeSineSource(176400, 1, 1000, 300000, 176400);
     LSoundSource converted = LSPConvertRate(44100).OpenSource(source);
     const std::vector<int> samples = ReadFrames(converted, 44100);

@@ -14,8 +14,7 @@ constexpr int kFrames = 3 * static_cast<int>(LSinkToSourceBase::kBucketBytes / (
 
 } // namespace
 
-TEST(SinkToSource, ReaderGetsEverythingThenZerosWhenTheWriterFinishes)
-{
+TEST(SinkToSource, ReaderGetsEverythingThenZerosWhenTheWriterFinishes) {
     LSinkToSource pipe(44100, kChannels, 524272);
     LSoundSource source = pipe.OpenSource();
     EXPECT_EQ(source->GetSampleRate(), 44100);
@@ -51,8 +50,7 @@ TEST(SinkToSource, ReaderGetsEverythingThenZerosWhenTheWriterFinishes)
     EXPECT_EQ(block[1999], 0);
 }
 
-TEST(SinkToSource, WriterDropsDataOnceTheReaderHasClosed)
-{
+TEST(SinkToSource, WriterDropsDataOnceTheReaderHasClosed) {
     LSinkToSource pipe(48000, kChannels, 524272);
     LSoundSink sink = pipe.OpenSink();
     LSoundSource source = pipe.OpenSource();
@@ -65,17 +63,15 @@ TEST(SinkToSource, WriterDropsDataOnceTheReaderHasClosed)
         source.Close();
     });
 
+    // More than the bucket holds: a writer kept waiting by the closed reader would hang here.
     std::vector<int> block(8192 * kChannels, 1);
-    const auto start = std::chrono::steady_clock::now();
     for (int frame = 0; frame < kFrames; frame += 8192)
         sink->Write(block.data(), 8192);
+    EXPECT_EQ(sink->GetPosition(), (kFrames + 8191) / 8192 * 8192);
     reader.join();
-    // A closed reader must not keep the writer waiting.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
-TEST(SinkToSource, EndIsWhatCanBeReadNow)
-{
+TEST(SinkToSource, EndIsWhatCanBeReadNow) {
     LSinkToSource pipe(8000, 1, 524272);
     LSoundSource source = pipe.OpenSource();
     {
