@@ -1,13 +1,11 @@
 #include "cli/CliAudioFiles.h"
 
-#include "codecs/MP3File.h"
-#include "codecs/WaveFile.h"
+#include "codecs/AudioFileSource.h"
 
 #include <strings.h>
 
 LSoundSource CliOpenAudioSource(const std::string& path) {
-    if (CliIsMP3File(path)) return LMP3File::OpenSource(path.c_str());
-    return LWaveFile::OpenSource(path.c_str());
+    return LOpenAudioFileSource(path.c_str());
 }
 
 bool CliIsMP3File(const std::string& path) {
@@ -20,19 +18,5 @@ bool CliHasExtension(const std::string& path, const char* extension) {
 }
 
 const char* CliSoundErrorText(uint8_t error) {
-    switch (error) {
-    case sndErrNone:
-        return "no error";
-    case sndErrClosed:
-        return "no audio could be opened";
-    case sndErrInput:
-        return "the audio it reads from has an error";
-    case sndErrFormat:
-        return "bad or damaged audio format";
-    case sndErrOpen:
-        return "the file could not be opened";
-    case sndErrUnsupported:
-        return "the file's encoding is not supported";
-    }
-    return "unknown error";
+    return LSoundErrorText(error);
 }

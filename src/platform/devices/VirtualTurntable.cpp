@@ -1,0 +1,136 @@
+#include "platform/devices/VirtualTurntable.h"
+
+#include "codecs/AudioFileSource.h"
+#include "platform/devices/DemoSide.h"
+#include "platform/devices/VirtualDeviceSetting.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double kUnityGain = 1.25;
+constexpr double kMaxGain = 8;
+
+} // namespace
+
+std::unique_ptr<LSoundInputStream> LVirtualTurntable::Open(std::string& error) {
+    LVirtualDeviceSetting setting;
+    if (!LReadVirtualDeviceSetting("VINORA_VIRTUAL_TURNTABLE", setting, error)) return nullptr;
+    if (setting.path.empty())
+        return std::make_unique<LVirtualTurntable>(LSoundSource(new LDemoSide), setting.speed);
+    LSoundSource source = LOpenAudioFileSource(setting.path.c_str());
+    if (source->GetError() != sndErrNone) {
+        error = "The Virtual Turntable cannot play \"" + setting.path +
+                "\": " + LSoundErrorText(source->GetError()) + ".";
+        return nullptr;
+    }
+    return std::make_unique<LVirtualTurntable>(source, setting.speed);
+}
+
+LVirtualTurntable::LVirtualTurntable(LSoundSource source, double speed)
+    : source_(std::move(source)), rate_(source_->GetSampleRate()),
+      channels_(source_->GetChannels()), speed_(speed),
+      work_(static_cast<size_t>(kReadFrames) * channels_), thread_([this] { Run(); }) {}
+
+LVirtualTurntable::~LVirtualTurntable() {
+    Stop();
+}
+
+bool LVirtualTurntable::SetInputGain(double gain) {
+    if (!(gain >= 0 && gain <= kMaxGain)) return false;
+    gain_ = static_cast<int>(std::lround(gain / kUnityGain * 65536));
+    return true;
+}
+
+bool LVirtualTurntable::Record(int16_t* buffer, int samples, Completion completion, void* user) {
+    if (!buffer || !completion || samples <= 0 || samples % channels_ != 0) return false;
+    const std::lock_guard lock(mutex_);
+    if (stopping_ || armed_) return false;
+    armed_ = buffer;
+    armedSamples_ = samples;
+    completion_ = completion;
+    user_ = user;
+    if (!clockRunning_) {
+        clockRunning_ = true;
+        clockStart_ = std::chrono::steady_clock::now();
+    }
+    wake_.notify_all();
+    return true;
+}
+
+void LVirtualTurntable::Release(int16_t* buffer) {
+    const std::lock_guard lock(mutex_);
+    if (buffer == unreleased_) {
+        unreleased_ = nullptr;
+        wake_.notify_all();
+    }
+}
+
+void LVirtualTurntable::Stop() {
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+        wake_.notify_all();
+    }
+    if (thread_.joinable()) thread_.join();
+}
+
+void LVirtualTurntable::Run() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        // A buffer still unread by the consumer is never written into.
+        wake_.wait(lock, [this] { return stopping_ || (armed_ && armed_ != unreleased_); });
+        if (stopping_) return;
+        int16_t* const buffer = armed_;
+        const int samples = armedSamples_;
+        const Completion completion = completion_;
+        void* const user = user_;
+
+        lock.unlock();
+        const bool end = Fill(buffer, samples);
+        lock.lock();
+
+        framesDelivered_ += samples / channels_;
+        if (speed_ > 0) {
+            const std::chrono::duration<double> due(static_cast<double>(framesDelivered_) /
+                                                    (rate_ * speed_));
+            const auto deadline =
+                clockStart_ + std::chrono::duration_cast<std::chrono::steady_clock::duration>(due);
+            wake_.wait_until(lock, deadline, [this] { return stopping_; });
+        } else {
+            wake_.wait(lock, [this] { return stopping_ || !unreleased_; });
+        }
+        if (stopping_) return;
+        armed_ = nullptr;
+        if (speed_ == 0) unreleased_ = buffer;
+        if (end) ended_ = true;
+
+        lock.unlock();
+        completion(user, buffer);
+        lock.lock();
+    }
+}
+
+bool LVirtualTurntable::Fill(int16_t* buffer, int samples) {
+    const int frames = samples / channels_;
+    const int64_t gain = gain_;
+    for (int done = 0; done < frames;) {
+        const int count = std::min(frames - done, kReadFrames);
+        int16_t* out = buffer + static_cast<size_t>(done) * channels_;
+        const int values = count * channels_;
+        if (exhausted_) {
+            std::fill(out, out + values, int16_t{0});
+        } else {
+            source_->Read(work_.data(), count);
+            for (int i = 0; i < values; ++i) {
+                const int64_t scaled = (work_[i] * gain + 32768) >> 16;
+                out[i] =
+                    static_cast<int16_t>(std::clamp<int64_t>((scaled + 8) >> 4, -32768, 32767));
+            }
+            exhausted_ = source_->GetPositionSample() >= source_->GetEndSample();
+        }
+        done += count;
+    }
+    return exhausted_;
+}
