@@ -62,25 +62,13 @@ protected:
     std::string encoder_;
 };
 
-TEST(Mp3EncodeSettingsTest, LoadsDefaultsStoresAndNarrowsAWideVbrRange) {
+TEST(Mp3EncodeSettingsTest, StoredSettingsComeBackWithAWideVbrRangeNarrowed) {
     TempHome home;
-    const LMp3EncodeSettings fresh;
-    EXPECT_EQ(fresh.constantBitRate, 1);
-    EXPECT_EQ(fresh.cbrBitRate, 128);
-    EXPECT_EQ(fresh.highQuality, 1);
-    EXPECT_EQ(fresh.vbrMinBitRate, 32);
-    EXPECT_EQ(fresh.vbrMaxBitRate, 128);
-    EXPECT_EQ(fresh.vbrQuality, 4);
-    EXPECT_EQ(fresh.errorProtection, 0);
-    EXPECT_EQ(fresh.channelMode, 0);
-
     LMp3EncodeSettings changed = Vbr(24, 192, 2);
     changed.errorProtection = 1;
     changed.channelMode = LMp3EncodeSettings::modeForce;
     changed.SaveAsDefaultSettings();
-    EXPECT_EQ(LUserSettingGetString("MP3Encoder", "ConstantBitRate"), "0");
     EXPECT_EQ(LUserSettingGetString("MP3Encoder", "VBRMinBitRate"), "24");
-    EXPECT_EQ(LUserSettingGetString("MP3Encoder", "VBRMaxBitRate"), "192");
 
     const LMp3EncodeSettings loaded;
     EXPECT_EQ(loaded.constantBitRate, 0);
@@ -112,58 +100,42 @@ TEST(Mp3CorrectSampleRateTest, SnapsToEncoderRates) {
     EXPECT_EQ(LMp3CorrectSampleRate(Vbr(8, 16), 48000), 22050);
 }
 
-TEST_F(Mp3CommandLineTest, CbrJointStereoGivesTheDocumentedCommand) {
-    LMp3EncodeSettings settings = Cbr(128, true);
-    settings.channelMode = LMp3EncodeSettings::modeJoint;
-    const Result result = Build(settings, 44100, 2);
-    ASSERT_TRUE(result.ok);
-    EXPECT_EQ(result.command, Quoted() + " -m j -b 128 -h -r -x -s 44.100 -S - \"/x/a.mp3\"");
-    EXPECT_EQ(result.rate, 44100);
-    EXPECT_EQ(result.channels, 2);
-}
-
-TEST_F(Mp3CommandLineTest, ModesBitRatesAndCrc) {
-    LMp3EncodeSettings vbr = Vbr(32, 128);
-    vbr.errorProtection = 1;
-    EXPECT_EQ(Build(vbr, 48000, 2).command,
-              Quoted() + " -m s -p -v -b 32 -B 128 -V 4 -r -x -s 48.000 -S - \"/x/a.mp3\"");
-
+TEST_F(Mp3CommandLineTest, SettingsGiveTheEncoderSwitchesAndTheSinkFormat) {
+    LMp3EncodeSettings joint = Cbr(128, true);
+    joint.channelMode = LMp3EncodeSettings::modeJoint;
+    LMp3EncodeSettings vbrCrc = Vbr(32, 128);
+    vbrCrc.errorProtection = 1;
     LMp3EncodeSettings force = Cbr(192);
     force.channelMode = LMp3EncodeSettings::modeForce;
-    EXPECT_EQ(Build(force, 32000, 2).command,
-              Quoted() + " -m f -b 192 -r -x -s 32.000 -S - \"/x/a.mp3\"");
-
     LMp3EncodeSettings unknownMode = Cbr(128);
     unknownMode.channelMode = 7;
-    EXPECT_EQ(Build(unknownMode, 44100, 2).command,
-              Quoted() + " -m s -b 128 -r -x -s 44.100 -S - \"/x/a.mp3\"");
-}
-
-TEST_F(Mp3CommandLineTest, MonoAndDownmix) {
-    // Mono chosen for a stereo source: LAME is given two channels and mixes them down.
     LMp3EncodeSettings mono = Cbr(128);
     mono.channelMode = LMp3EncodeSettings::modeMono;
-    Result result = Build(mono, 44100, 2);
-    EXPECT_EQ(result.command, Quoted() + " -a -m m -b 128 -r -x -s 44.100 -S - \"/x/a.mp3\"");
-    EXPECT_EQ(result.channels, 2);
-
-    // A mono source is encoded as mono whatever the mode.
-    LMp3EncodeSettings joint = Cbr(128);
-    joint.channelMode = LMp3EncodeSettings::modeJoint;
-    result = Build(joint, 44100, 1);
-    EXPECT_EQ(result.command, Quoted() + " -m m -b 128 -r -x -s 44.100 -S - \"/x/a.mp3\"");
-    EXPECT_EQ(result.channels, 1);
-
-    // Bit rates of 23 kbps and less: the sink itself is mono, so no downmix switch.
-    result = Build(Vbr(8, 16), 44100, 2);
-    EXPECT_EQ(result.command,
-              Quoted() + " -m m -v -b 8 -B 16 -V 4 -r -x -s 22.050 -S - \"/x/a.mp3\"");
-    EXPECT_EQ(result.channels, 1);
-    EXPECT_LE(result.rate, 22050);
-
-    result = Build(Cbr(24), 44100, 2);
-    EXPECT_EQ(result.command, Quoted() + " -m s -b 24 -r -x -s 22.050 -S - \"/x/a.mp3\"");
-    EXPECT_EQ(result.channels, 2);
+    const struct {
+        LMp3EncodeSettings settings;
+        int rate, channels;
+        const char* switches;
+        int sinkRate, sinkChannels;
+    } cases[] = {
+        {joint, 44100, 2, "-m j -b 128 -h -r -x -s 44.100", 44100, 2},
+        {vbrCrc, 48000, 2, "-m s -p -v -b 32 -B 128 -V 4 -r -x -s 48.000", 48000, 2},
+        {force, 32000, 2, "-m f -b 192 -r -x -s 32.000", 32000, 2},
+        {unknownMode, 44100, 2, "-m s -b 128 -r -x -s 44.100", 44100, 2},
+        // Mono chosen for a stereo source: LAME gets two channels and mixes them down.
+        {mono, 44100, 2, "-a -m m -b 128 -r -x -s 44.100", 44100, 2},
+        // A mono source is encoded as mono whatever the mode.
+        {joint, 44100, 1, "-m m -b 128 -h -r -x -s 44.100", 44100, 1},
+        // 23 kbps and less: the sink itself is mono, so no downmix switch.
+        {Vbr(8, 16), 44100, 2, "-m m -v -b 8 -B 16 -V 4 -r -x -s 22.050", 22050, 1},
+        {Cbr(24), 44100, 2, "-m s -b 24 -r -x -s 22.050", 22050, 2},
+    };
+    for (const auto& c : cases) {
+        const Result result = Build(c.settings, c.rate, c.channels);
+        ASSERT_TRUE(result.ok);
+        EXPECT_EQ(result.command, Quoted() + " " + c.switches + " -S - \"/x/a.mp3\"");
+        EXPECT_EQ(result.rate, c.sinkRate) << c.switches;
+        EXPECT_EQ(result.channels, c.sinkChannels) << c.switches;
+    }
 }
 
 TEST_F(Mp3CommandLineTest, OutputPathIsQuotedAndEscapedForTheShell) {

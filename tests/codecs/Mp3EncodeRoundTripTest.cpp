@@ -23,27 +23,22 @@ namespace {
 
 constexpr double kFullScale = 524288;
 
-// A tune of harmonic-rich notes with a bass line under it, melody and bass panned apart.
+// Notes of a scale, each starting loud and dying away, over a steady bass tone, melody and
+// bass panned apart: transients and a changing spectrum, unlike a steady tone.
 std::vector<int> MusicLike(int rate, int channels, int frames) {
-    const double notes[] = {220, 247, 262, 294, 330, 294, 262, 392};
-    const int noteFrames = rate / 4;
+    const double notes[] = {220, 262, 330, 294, 392, 247};
     std::vector<int> samples(static_cast<size_t>(frames) * channels);
     for (int n = 0; n < frames; ++n) {
-        const double t = static_cast<double>(n) / rate;
-        const double inNote = static_cast<double>(n % noteFrames) / rate;
-        const double pitch = notes[(n / noteFrames) % std::size(notes)];
-        const double envelope = std::min(1.0, inNote / 0.01) * std::exp(-3 * inNote);
-        double melody = 0;
-        for (int k = 1; k <= 6; ++k)
-            melody += std::sin(2 * std::numbers::pi * pitch * k * t) / k;
-        const double bass = std::sin(2 * std::numbers::pi * 110 * t) +
-                            0.3 * std::sin(2 * std::numbers::pi * 165 * t);
-        const double left = 0.7 * envelope * melody + 0.3 * bass;
-        const double right = 0.3 * envelope * melody + 0.7 * bass;
+        const double t = static_cast<double>(n) / rate, inNote = std::fmod(t, 0.25);
+        const double pitch = notes[static_cast<size_t>(t * 4) % std::size(notes)];
+        const double melody =
+            std::exp(-3 * inNote) * (std::sin(2 * std::numbers::pi * pitch * t) +
+                                     std::sin(4 * std::numbers::pi * pitch * t) / 2);
+        const double bass = std::sin(2 * std::numbers::pi * 110 * t);
         for (int c = 0; c < channels; ++c) {
-            const double value = channels == 1 ? (left + right) / 2 : (c == 0 ? left : right);
-            samples[static_cast<size_t>(n) * channels + c] =
-                static_cast<int>(std::lround(0.2 * kFullScale * value));
+            const double pan = channels == 1 ? 0.5 : (c == 0 ? 0.7 : 0.3);
+            samples[static_cast<size_t>(n) * channels + c] = static_cast<int>(
+                std::lround(0.25 * kFullScale * (pan * melody + (1 - pan) * bass)));
         }
     }
     return samples;
@@ -181,20 +176,11 @@ protected:
     TempHome home_;
 };
 
-TEST_F(Mp3EncodeRoundTripTest, StereoToneAtCbr128) {
+TEST_F(Mp3EncodeRoundTripTest, ToneAtCbr128AndMusicAtVbr) {
     const std::vector<int> tone = Tone(44100, 2, 88200, 1000);
-    const std::string path = Encode("tone.mp3", Settings(), tone, 44100, 2, 2);
-    CheckBothDecoders(path, tone, 44100, 2, 1000);
+    CheckBothDecoders(Encode("tone.mp3", Settings(), tone, 44100, 2, 2), tone, 44100, 2, 1000);
 
-    // The tone's frequency itself: 1,000 rising zero crossings in one second.
-    const Decoded decoded = DecodeWithMpg123(path, 2);
-    EXPECT_NEAR(RisingCrossings(ChannelValues(decoded.samples, 2, 0, 22050, 44100)), 1000, 1);
-}
-
-TEST_F(Mp3EncodeRoundTripTest, MusicAtCbr128AndVbr) {
     const std::vector<int> music = MusicLike(44100, 2, 88200);
-    CheckBothDecoders(Encode("cbr.mp3", Settings(), music, 44100, 2, 2), music, 44100, 2, 0);
-
     LMp3EncodeSettings vbr = Settings();
     vbr.constantBitRate = 0;
     vbr.vbrMinBitRate = 32;
@@ -216,13 +202,6 @@ TEST_F(Mp3EncodeRoundTripTest, MonoSourceAndMonoDownmix) {
     for (size_t i = 0; i < mixed.size(); ++i)
         mixed[i] = (stereo[2 * i] + stereo[2 * i + 1]) / 2;
     CheckBothDecoders(Encode("downmix.mp3", mono, stereo, 44100, 2, 2), mixed, 44100, 1, 1000);
-}
-
-TEST_F(Mp3EncodeRoundTripTest, At22050Hz) {
-    const std::vector<int> tone = Tone(22050, 2, 44100, 1000);
-    CheckBothDecoders(Encode("tone22.mp3", Settings(), tone, 22050, 2, 2), tone, 22050, 2, 1000);
-    const std::vector<int> music = MusicLike(22050, 2, 44100);
-    CheckBothDecoders(Encode("music22.mp3", Settings(), music, 22050, 2, 2), music, 22050, 2, 0);
 }
 
 TEST_F(Mp3EncodeRoundTripTest, LowestBitRatesGiveMonoAtLowRates) {
