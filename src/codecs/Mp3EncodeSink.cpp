@@ -14,5 +14,5 @@ LSoundSink OpenMp3Sink(const char* path, const LMp3EncodeSettings& settings, int
         LOGERROR("The MP3 encoder is not installed");
         return LSoundSink();
     }
-    return LSoundSink(new LPipe16Sink(command, sinkRate, sinkChannels));
+    return LSoundSink(new LPipe16Sink(command, sinkRate, sinkChannels, path));
 }
