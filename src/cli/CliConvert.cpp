@@ -7,14 +7,22 @@
 namespace {
 
 constexpr const char* kUsage =
-    "usage: vinora-cli convert SRC DEST [--restore] [--copy-to DIR]\n"
-    "  DEST ends in .wav or .mp3; --restore applies the restoration chosen in the settings\n";
+    "usage: vinora-cli convert SRC DEST [--restore] [--dc] [--hpf] [--speed 0|1|2] [--clickpop]\n"
+    "                  [--noise] [--riaa] [--normalize] [--copy-to DIR]\n"
+    "  DEST ends in .wav or .mp3; --restore applies the restoration chosen in the settings.\n"
+    "  Step options choose the restoration for this run instead (the settings stay as they\n"
+    "  are): --dc DC offset, --hpf high-pass, --speed 1 45 to 33 RPM or 2 78 to 45 RPM,\n"
+    "  --clickpop clicks and pops, --noise noise reduction, --riaa RIAA equalisation,\n"
+    "  --normalize to 80 %. Only the steps given run.\n";
 
 } // namespace
 
 int CliConvert(const CliArgs& args) {
     LProcessConvert request;
-    if (!CliParseConvertRequest(args, kUsage, request)) return 2;
+    CliRestoreSteps steps;
+    if (!CliParseConvertRequest(args, kUsage, request, &steps)) return 2;
+    LUserSettingOverride override;
+    steps.Apply(override);
     CliJobProgress progress;
     const LProcessResult result = Process(progress, request);
     if (result == PROCESS_FAILED)

@@ -2,11 +2,24 @@
 
 #include "platform/Paths.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 namespace {
+
+constexpr const char* kRestoreSection = "AudioRestoration";
+
+// The on/off steps: option and setting.
+struct StepOption {
+    const char* option;
+    const char* key;
+};
+constexpr StepOption kStepOptions[] = {
+    {"--dc", "DCOffset"},       {"--hpf", "HPF"},           {"--clickpop", "ClickPop"},
+    {"--noise", "NoiseReduce"}, {"--riaa", "Equalization"}, {"--normalize", "Normalization"},
+};
 
 bool CopyField(char (&field)[260], const std::string& text) {
     if (text.size() >= sizeof field) return false;
@@ -14,9 +27,39 @@ bool CopyField(char (&field)[260], const std::string& text) {
     return true;
 }
 
+// Takes args[i] (and its value) when it is a step option; false when it is not one or its
+// value is bad.
+bool TakeStepOption(const CliArgs& args, size_t& i, CliRestoreSteps& steps) {
+    if (args[i] == "--speed") {
+        if (i + 1 >= args.size()) return false;
+        const std::string& value = args[++i];
+        if (value != "0" && value != "1" && value != "2") return false;
+        steps.speed = value[0] - '0';
+        steps.given = true;
+        return true;
+    }
+    for (const StepOption& step : kStepOptions) {
+        if (args[i] != step.option) continue;
+        steps.keys.emplace_back(step.key);
+        steps.given = true;
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
-bool CliParseConvertRequest(const CliArgs& args, const char* usage, LProcessConvert& request) {
+void CliRestoreSteps::Apply(LUserSettingOverride& override) const {
+    if (!given) return;
+    for (const StepOption& step : kStepOptions) {
+        const bool on = std::find(keys.begin(), keys.end(), step.key) != keys.end();
+        override.Set(kRestoreSection, step.key, on ? "1" : "0");
+    }
+    override.Set("RecordingSource", "RecordingSpeed", std::to_string(speed).c_str());
+}
+
+bool CliParseConvertRequest(const CliArgs& args, const char* usage, LProcessConvert& request,
+                            CliRestoreSteps* steps) {
     request = LProcessConvert();
     request.restore = 0;
     request.addToList = 0;
@@ -29,11 +72,12 @@ bool CliParseConvertRequest(const CliArgs& args, const char* usage, LProcessConv
             request.copyToFolder = 1;
             ok = CopyField(request.copyFolder, args[++i]);
         } else if (args[i].starts_with("--")) {
-            ok = false;
+            ok = steps && TakeStepOption(args, i, *steps);
         } else {
             paths.push_back(args[i]);
         }
     }
+    if (steps && steps->given) request.restore = 1;
     if (ok && paths.size() == 2 && CopyField(request.sourcePath, paths[0]) &&
         CopyField(request.destinationPath, paths[1])) {
         _GetFolderFromPath(request.outputFolder, request.destinationPath);

@@ -8,7 +8,7 @@ namespace {
 
 volatile std::sig_atomic_t gInterrupted = 0;
 
-extern "C" void OnInterrupt(int) {
+void OnInterrupt(int) {
     gInterrupted = 1;
 }
 

@@ -19,7 +19,9 @@ const CliCommand kCommands[] = {
     {"info", CliInfo, "info FILE"},
     {"decode", CliDecode, "decode IN OUT [--rate R] [--channels C]"},
     {"tags", CliTags, "tags FILE [--mode N] [--set NAME=VALUE]..."},
-    {"convert", CliConvert, "convert SRC DEST [--restore] [--copy-to DIR]"},
+    {"convert", CliConvert,
+     "convert SRC DEST [--restore] [--dc] [--hpf] [--speed 0|1|2] [--clickpop]\n"
+     "                    [--noise] [--riaa] [--normalize] [--copy-to DIR]"},
     {"queue", CliQueue, "queue add SRC DEST [--restore] [--copy-to DIR] | queue list | queue run"},
     {"devices", CliDevices, "devices"},
     {"capture", CliCapture, "capture OUT.wav [--device NAME] [--seconds N] [--threshold DB]"},

@@ -11,6 +11,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <mutex>
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -18,11 +21,26 @@ namespace {
 
 constexpr const char* kSettingsFile = "/Brakwater Software/Vinora.conf";
 
-QString StoredName(const char* section, const char* key) {
+std::string StoredNameText(const char* section, const char* key) {
     std::string name = section;
     if (name.empty() || name.back() != '/') name += '/';
-    name += key;
-    return QString::fromStdString(name);
+    return name + key;
+}
+
+QString StoredName(const char* section, const char* key) {
+    return QString::fromStdString(StoredNameText(section, key));
+}
+
+// The values LUserSettingOverride objects give, by stored name.
+std::mutex gOverrideMutex;
+std::map<std::string, std::string> gOverrides;
+
+bool FindOverride(const std::string& name, std::string& value) {
+    std::lock_guard guard(gOverrideMutex);
+    const auto found = gOverrides.find(name);
+    if (found == gOverrides.end()) return false;
+    value = found->second;
+    return true;
 }
 
 // Reads one setting from an INI file into `value`; false when it is not there.
@@ -77,7 +95,11 @@ std::string GetUserSettingsFilePath() {
 
 bool _LUserSettingGetString(const char* section, const char* key, const char* defaultValue,
                             char* out) {
-    return GetString(GetUserSettingsFilePath(), section, key, defaultValue, out);
+    std::string value;
+    if (!FindOverride(StoredNameText(section, key), value))
+        return GetString(GetUserSettingsFilePath(), section, key, defaultValue, out);
+    CopyValue(out, value);
+    return true;
 }
 
 bool _LSharedSettingGetString(const char* section, const char* key, const char* defaultValue,
@@ -129,4 +151,23 @@ template <> bool LUserSettingSet<int>(const char* section, const char* key, int 
 
 template <> bool LUserSettingSet<bool>(const char* section, const char* key, bool value) {
     return LUserSettingSetString(section, key, value ? "1" : "0");
+}
+
+void LUserSettingOverride::Set(const char* section, const char* key, const char* value) {
+    const std::string name = StoredNameText(section, key);
+    std::lock_guard guard(gOverrideMutex);
+    const auto found = gOverrides.find(name);
+    replaced_.emplace_back(
+        name, found == gOverrides.end() ? std::nullopt : std::optional<std::string>(found->second));
+    gOverrides[name] = value;
+}
+
+LUserSettingOverride::~LUserSettingOverride() {
+    std::lock_guard guard(gOverrideMutex);
+    for (const auto& [name, previous] : std::views::reverse(replaced_)) {
+        if (previous)
+            gOverrides[name] = *previous;
+        else
+            gOverrides.erase(name);
+    }
 }
