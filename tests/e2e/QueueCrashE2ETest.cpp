@@ -1,0 +1,178 @@
+// The processing queue of vinora-cli killed (SIGKILL) while it converts, then run again: what
+// the next run does with the requests left in the queue file.
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <set>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kHeaderSize = 8;
+constexpr std::size_t kRecordSize = 1825;
+// The first request is this long, so that the kill surely comes while it is being written.
+constexpr int kLongSeconds = 60;
+constexpr int kShortSeconds = 5;
+// Output that shows the encoder is well into the first request (four seconds of 128 kbit/s).
+constexpr std::uintmax_t kUnderWay = 64 * 1024;
+
+std::set<std::string> Names(const fs::path& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+class QueueCrashE2E : public testing::Test {
+protected:
+    // Processes orphaned by the killed program (the encoder it was feeding) become children of
+    // this test, so that it can wait for them to finish.
+    void SetUp() override { ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); }
+    void TearDown() override { prctl(PR_SET_CHILD_SUBREAPER, 0); }
+
+    std::string PathOf(const std::string& name) const { return (home_.Path() / name).string(); }
+    fs::path QueueFile() const {
+        return home_.DataHome() / "Brakwater Software/Vinora/vnprocesses.list";
+    }
+
+    std::string Cli(const std::string& arguments, int* status) const {
+        return RunCommand(std::string(VINORA_CLI) + " " + arguments + " 2>&1", status);
+    }
+
+    void MakeWave(const std::string& name, int seconds) const {
+        int status = -1;
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(PathOf(name)) + " synth " +
+                       std::to_string(seconds) + " sine 300-3000 vol 0.5",
+                   &status);
+        ASSERT_EQ(status, 0);
+    }
+
+    void Queue(const std::string& source, const std::string& destination,
+               const std::string& options = "") const {
+        int status = -1;
+        const std::string printed = Cli("queue add " + ShellQuote(PathOf(source)) + " " +
+                                            ShellQuote(PathOf(destination)) + " " + options,
+                                        &status);
+        ASSERT_EQ(status, 0) << printed;
+    }
+
+    // Starts "vinora-cli queue run" in its own process group and kills it with SIGKILL as soon
+    // as `output` holds kUnderWay bytes; then waits until everything it started has ended.
+    void RunAndKillWhileWriting(const std::string& output) const {
+        const pid_t child = fork();
+        ASSERT_NE(child, -1);
+        if (child == 0) {
+            setpgid(0, 0);
+            const int null = open("/dev/null", O_WRONLY);
+            dup2(null, STDOUT_FILENO);
+            dup2(null, STDERR_FILENO);
+            execl(VINORA_CLI, VINORA_CLI, "queue", "run", static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        setpgid(child, child);
+        int status = 0;
+        bool ended = false;
+        std::error_code ignored;
+        while (!(ended = waitpid(child, &status, WNOHANG) == child) &&
+               !(fs::exists(PathOf(output)) && fs::file_size(PathOf(output), ignored) >= kUnderWay))
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        if (ended) {
+            ADD_FAILURE() << "vinora-cli queue run ended before it was killed, status " << status;
+            return;
+        }
+        kill(child, SIGKILL);
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status));
+        // The encoder sees the end of its input and finishes what it wrote.
+        while (waitpid(-child, nullptr, 0) > 0 || errno == EINTR) {
+        }
+    }
+
+    // The queue file's resume count and the number of whole records it holds.
+    std::pair<int, std::size_t> QueueState() const {
+        std::ifstream in(QueueFile(), std::ios::binary);
+        unsigned char header[kHeaderSize] = {};
+        in.read(reinterpret_cast<char*>(header), kHeaderSize);
+        const std::uintmax_t size = fs::file_size(QueueFile());
+        return {header[2] | header[3] << 8,
+                size > kHeaderSize ? (size - kHeaderSize) / kRecordSize : 0};
+    }
+
+    // The length sox decodes from the whole file, in seconds; -1 when it cannot.
+    double DecodedSeconds(const std::string& name) const {
+        int status = -1;
+        const std::string report =
+            RunCommand("sox " + ShellQuote(PathOf(name)) + " -n stat 2>&1", &status);
+        const std::size_t at = report.find("Length (seconds):");
+        if (status != 0 || at == std::string::npos) return -1;
+        return std::atof(report.c_str() + at + 17);
+    }
+
+    TempHome home_;
+};
+
+TEST_F(QueueCrashE2E, RequestsLeftByAKilledRunAreEachConvertedOnceByTheNext) {
+    MakeWave("long.wav", kLongSeconds);
+    MakeWave("short.wav", kShortSeconds);
+    Queue("long.wav", "out/a.mp3", "--copy-to " + ShellQuote(PathOf("copies")));
+    Queue("short.wav", "out/b.wav", "--copy-to " + ShellQuote(PathOf("copies")));
+    Queue("short.wav", "out/c.mp3", "--copy-to " + ShellQuote(PathOf("copies")));
+
+    RunAndKillWhileWriting("out/a.mp3");
+    // Everything is still queued; the killed run was the first resume.
+    EXPECT_EQ(QueueState(), std::make_pair(1, std::size_t{3}));
+    EXPECT_FALSE(fs::exists(PathOf("copies")));
+
+    int status = -1;
+    const std::string printed = Cli("queue run", &status);
+    ASSERT_EQ(status, 0) << printed;
+    EXPECT_EQ(fs::exists(QueueFile()) ? fs::file_size(QueueFile()) : 0, 0u);
+    const std::set<std::string> outputs{"a.mp3", "b.wav", "c.mp3"};
+    EXPECT_EQ(Names(PathOf("out")), outputs);
+    EXPECT_EQ(Names(PathOf("copies")), outputs);
+    EXPECT_NEAR(DecodedSeconds("out/a.mp3"), kLongSeconds, 0.1);
+    EXPECT_NEAR(DecodedSeconds("copies/a.mp3"), kLongSeconds, 0.1);
+    for (const char* name : {"out/b.wav", "out/c.mp3", "copies/c.mp3"})
+        EXPECT_NEAR(DecodedSeconds(name), kShortSeconds, 0.1) << name;
+    EXPECT_TRUE(fs::exists(PathOf("long.wav")));
+}
+
+// With "FailCount" at its default of 1, a list is resumed at most twice without a request
+// finishing: at the third start it is discarded, every request in it.
+TEST_F(QueueCrashE2E, AListWhoseHeadIsKilledTwiceIsDiscarded) {
+    MakeWave("long.wav", kLongSeconds);
+    MakeWave("short.wav", kShortSeconds);
+    Queue("long.wav", "out/a.mp3");
+    Queue("short.wav", "out/b.mp3");
+
+    for (int resume = 1; resume <= 2; ++resume) {
+        RunAndKillWhileWriting("out/a.mp3");
+        EXPECT_EQ(QueueState(), std::make_pair(resume, std::size_t{2}));
+        fs::remove(PathOf("out/a.mp3"));
+    }
+
+    int status = -1;
+    const std::string printed = Cli("queue run", &status);
+    ASSERT_EQ(status, 0) << printed;
+    EXPECT_FALSE(fs::exists(QueueFile()));
+    EXPECT_TRUE(Names(PathOf("out")).empty());
+    EXPECT_EQ(Cli("queue list", &status), "");
+    EXPECT_TRUE(fs::exists(PathOf("long.wav")));
+    EXPECT_TRUE(fs::exists(PathOf("short.wav")));
+}
+
+} // namespace
