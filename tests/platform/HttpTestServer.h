@@ -79,16 +79,13 @@ private:
         }
     }
 
-    // Reads the request head (for at most two seconds) and answers it.
+    // Reads the request head (waiting at most two seconds for each piece) and answers it.
     void Answer(int client) {
         std::string head;
-        const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-        while (head.find("\r\n\r\n") == std::string::npos &&
-               std::chrono::steady_clock::now() < give_up) {
-            pollfd entry{client, POLLIN, 0};
-            if (poll(&entry, 1, 50) <= 0) continue;
-            char buffer[1024];
-            const ssize_t got = recv(client, buffer, sizeof buffer, 0);
+        char buffer[1024];
+        for (pollfd entry{client, POLLIN, 0}; head.find("\r\n\r\n") == std::string::npos;) {
+            const ssize_t got =
+                poll(&entry, 1, 2000) > 0 ? recv(client, buffer, sizeof buffer, 0) : 0;
             if (got <= 0) break;
             head.append(buffer, size_t(got));
         }

@@ -8,31 +8,16 @@
 
 namespace {
 
-TEST(HttpUrlTest, SplitsUrlsIntoHostPortAndPath) {
-    const struct {
-        const char* url;
-        const char* host; // nullptr: refused
-        const char* path;
-    } urls[] = {{"http://example/a/b.txt", "example", "/a/b.txt"},
-                {"http://example", "example", ""},
-                {"example:8080/x", "example:8080", "/x"},
-                {"http:///x", nullptr, ""}};
-    for (const auto& u : urls) {
-        char host[kPathBufferSize], path[64];
-        ASSERT_EQ(ProcessHTTPSplitHost(u.url, host, path, sizeof path), u.host != nullptr) << u.url;
-        if (u.host) EXPECT_EQ(std::string(host) + " " + path, std::string(u.host) + " " + u.path);
-    }
+TEST(HttpUrlTest, SplitsHostAndPortAndRefusesWhatDoesNotFit) {
     char host[kPathBufferSize], path[64];
+    EXPECT_TRUE(ProcessHTTPSplitHost("example:8080/x", host, path, sizeof path));
+    EXPECT_EQ(std::string(host) + " " + path, "example:8080 /x");
     EXPECT_FALSE(ProcessHTTPSplitHost(("http://h/" + std::string(100, 'p')).c_str(), host, path,
-                                      sizeof path))
-        << "a path that does not fit";
-
+                                      sizeof path));
     std::string name;
     int port = 0;
     EXPECT_TRUE(LHTTPSplitHostPort("example", name, port));
     EXPECT_EQ(name + ":" + std::to_string(port), "example:80");
-    EXPECT_TRUE(LHTTPSplitHostPort("127.0.0.1:8123", name, port));
-    EXPECT_EQ(name + ":" + std::to_string(port), "127.0.0.1:8123");
     EXPECT_FALSE(LHTTPSplitHostPort("example:http", name, port));
     EXPECT_FALSE(LHTTPSplitHostPort("example:70000", name, port));
 }
@@ -56,7 +41,9 @@ TEST(HttpUrlTest, ResolvesRedirectionsAndStatusLines) {
         std::string out;
         ASSERT_EQ(LHTTPResolveRedirection(out, r.base, r.location), r.resolved != nullptr)
             << r.location;
-        if (r.resolved) EXPECT_EQ(out, r.resolved) << r.base << " + " << r.location;
+        if (r.resolved) {
+            EXPECT_EQ(out, r.resolved) << r.base << " + " << r.location;
+        }
     }
 
     EXPECT_EQ(LHTTPParseStatusLine("HTTP/1.0 200 OK"), 200);
