@@ -28,18 +28,6 @@ TEST(Paths, MakeFilePathJoinsWithOneSeparatorAndCutsToTheBuffer) {
     EXPECT_STREQ(path, "/music/side.wav") << "the folder may be the output buffer";
 }
 
-TEST(Paths, TakesPathsApartAtTheLastSeparatorAndDot) {
-    char part[kPathBufferSize];
-    _GetFileNameFromPath(part, "/x.y/z");
-    EXPECT_STREQ(part, "z");
-    _GetFileExtensionFromPath(part, "/x/.hidden");
-    EXPECT_STREQ(part, "") << "a leading dot starts no extension";
-    _GetFileExtensionFromPath(part, "a\\b.tar.WAV");
-    EXPECT_STREQ(part, ".WAV");
-    _GetFolderFromPath(part, "/c.wav");
-    EXPECT_STREQ(part, "/") << "the root keeps its separator";
-}
-
 TEST(Paths, PreprocessNameDropsWhatCannotStandInAFileName) {
     char out[kPathBufferSize];
     EXPECT_TRUE(PreprocessName("A/B: \"C\"? <d>|e*f.\\g\t\x01h", out));

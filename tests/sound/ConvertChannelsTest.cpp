@@ -44,20 +44,11 @@ TEST(ConvertChannels, MonoIsDuplicatedStereoAveragedAndOtherCountsPassThrough) {
     EXPECT_EQ(overFailed->GetError(), sndErrInput);
 }
 
-TEST(ConvertSourceRateChannels, ResamplesOnTheSmallerChannelCount) {
-    // Mono to 48 kHz stereo: resampled in mono, then duplicated.
-    LSoundSource source = MakeSineSource(44100, 1, 1000, 300000, 44100);
-    LSPConvertSourceRateChannels(48000, 2, source);
-    ASSERT_NE(dynamic_cast<LSRCConvMonoStereo*>(source.Get()), nullptr);
-    EXPECT_EQ(source->GetSampleRate(), 48000);
-    EXPECT_EQ(source->GetEndSample(), 48000);
-    const std::vector<int> stereo = ReadFrames(source, 48000);
-    EXPECT_NEAR(DB(ToneAmplitude(ChannelValues(stereo, 2, 1, 12000, 24000), 48000, 1000) / 300000),
-                0, 0.2);
-
+// Mono to stereo at another rate is covered by the pump's conversion to its sink's format.
+TEST(ConvertSourceRateChannels, MixesDownBeforeResamplingAndRefusesWhatItCannotConvert) {
     // Stereo to 22,050 Hz mono: mixed down, then resampled. The right channel is at half the
     // level: the mix is at three quarters.
-    source = MakeSineSource(44100, 2, 1000, 300000, 44100);
+    LSoundSource source = MakeSineSource(44100, 2, 1000, 300000, 44100);
     LSPConvertSourceRateChannels(22050, 1, source);
     auto* stage = dynamic_cast<LSRCConvertRate*>(source.Get());
     ASSERT_NE(stage, nullptr);

@@ -85,32 +85,18 @@ TEST(ConvertRateSink, SeekFinishesTheFilterAndMovesTheTarget) {
     EXPECT_EQ(captured.size(), 919u + 147);
 }
 
-TEST(ConvertChannelsSink, StereoIsAveragedMonoDuplicatedAndSeeksReachTheTarget) {
+// Averaging stereo into a mono sink is covered by the fan-out's mono target.
+TEST(ConvertChannelsSink, MonoIsDuplicatedAndSeeksReachTheTarget) {
     std::vector<int> captured;
     std::vector<int> seeks;
-    LSoundSink mono(new CaptureSink(44100, 1, captured, &seeks));
-    LSoundSink sink = LSinkConvertChannels::OpenSink(mono, 2);
-    EXPECT_EQ(sink->GetChannels(), 2);
-    std::vector<int> frames(2 * 10000);
-    for (int f = 0; f < 10000; ++f) {
-        frames[2 * f] = f % 2 ? -3 : 100;
-        frames[2 * f + 1] = f % 2 ? -4 : 301;
-    }
-    sink->Write(frames.data(), 10000);
-    EXPECT_EQ(sink->GetPosition(), 10000);
-    ASSERT_EQ(captured.size(), 10000u);
-    EXPECT_EQ(captured[0], 200);
-    EXPECT_EQ(captured[9999], -4);
-    sink->Seek(250);
-    EXPECT_EQ(seeks, std::vector<int>{250});
-    EXPECT_EQ(sink->GetPosition(), 250);
-
-    captured.clear();
-    LSoundSink stereo(new CaptureSink(44100, 2, captured));
-    sink = LSinkConvertChannels::OpenSink(stereo, 1);
+    LSoundSink stereo(new CaptureSink(44100, 2, captured, &seeks));
+    LSoundSink sink = LSinkConvertChannels::OpenSink(stereo, 1);
     const int values[] = {7, -9};
     sink->Write(values, 2);
     EXPECT_EQ(captured, (std::vector<int>{7, 7, -9, -9}));
+    sink->Seek(250);
+    EXPECT_EQ(seeks, std::vector<int>{250});
+    EXPECT_EQ(sink->GetPosition(), 250);
     EXPECT_EQ(LSinkConvertChannels::OpenSink(stereo, 6)->GetError(), 1);
 }
 
