@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <tuple>
 
 using namespace tagtest;
 
@@ -39,32 +39,29 @@ LAudioTagData Read(const std::filesystem::path& path) {
 TEST(MP3Tags, WhatThisSystemWritesOtherProgramsRead) {
     TempHome home;
     const auto path = MakeMp3(home.Path());
+    // Our name, ffprobe's name, the value.
+    const std::tuple<const char*, const char*, const char*> written[] = {
+        {"TITLE", "title", kCafe},
+        {"ARTIST", "artist", "Pina Bausch"},
+        {"ALBUM", "album", "Tanztheater"},
+        {"YEAR", "date", "1978"},
+        {"TRACKNUMBER", "track", "3/12"},
+        {"GENRE", "genre", "Jazz"},
+        {"COMMENT", "comment", "Erste Seite \xC3\xA0 gauche"}};
     LAudioTagData tags;
-    tags.SetTag("TITLE", kCafe, true);
-    tags.SetTag("ARTIST", "Pina Bausch", true);
-    tags.SetTag("ALBUM", "Tanztheater", true);
-    tags.SetTag("YEAR", "1978", true);
-    tags.SetTag("TRACKNUMBER", "3/12", true);
-    tags.SetTag("GENRE", "Jazz", true);
-    tags.SetTag("COMMENT", "Erste Seite \xC3\xA0 gauche", true);
+    for (const auto& [name, probeName, value] : written)
+        tags.SetTag(name, value, true);
     ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
 
     auto probed = FFprobeTags(path);
-    EXPECT_EQ(probed["title"], kCafe);
-    EXPECT_EQ(probed["artist"], "Pina Bausch");
-    EXPECT_EQ(probed["album"], "Tanztheater");
-    EXPECT_EQ(probed["date"], "1978");
-    EXPECT_EQ(probed["track"], "3/12");
-    EXPECT_EQ(probed["genre"], "Jazz");
-    EXPECT_EQ(probed["comment"], "Erste Seite \xC3\xA0 gauche");
-
+    for (const auto& [name, probeName, value] : written)
+        EXPECT_EQ(probed[probeName], value) << probeName;
     // The ID3v1 block holds the same texts in ISO-8859-1, the track number and genre 8 (Jazz).
     const std::string id3v1 = MutagenID3v1(path);
-    EXPECT_NE(id3v1.find(std::string("TIT2=") + kCafe + "\n"), std::string::npos) << id3v1;
-    EXPECT_NE(id3v1.find("TPE1=Pina Bausch\n"), std::string::npos) << id3v1;
-    EXPECT_NE(id3v1.find("TRCK=3\n"), std::string::npos) << id3v1;
-    EXPECT_NE(id3v1.find("TCON=8\n"), std::string::npos) << id3v1;
-    EXPECT_NE(id3v1.find("TYER=1978\n"), std::string::npos) << id3v1;
+    for (const std::string& line :
+         {std::string("TIT2=") + kCafe, std::string("TPE1=Pina Bausch"), std::string("TRCK=3"),
+          std::string("TCON=8"), std::string("TYER=1978")})
+        EXPECT_NE(id3v1.find(line + "\n"), std::string::npos) << id3v1;
 
     const LAudioTagData read = Read(path);
     EXPECT_EQ(read.GetID3v2Version(), 3);
@@ -133,7 +130,7 @@ TEST(MP3Tags, ID3v2WinsAndID3v1FillsTheGaps) {
     EXPECT_EQ(read.GetTag("YEAR"), "1969");
 }
 
-TEST(MP3Tags, ReadsVersion23TagsOfId3libAndMutagen) {
+TEST(MP3Tags, ReadsTagsOfId3libAndMutagenAndReplacesVersion24) {
     TempHome home;
     const auto path = MakeMp3(home.Path());
     int status = -1;
@@ -144,13 +141,13 @@ TEST(MP3Tags, ReadsVersion23TagsOfId3libAndMutagen) {
     ASSERT_EQ(status, 0);
     LAudioTagData tags = Read(path);
     EXPECT_EQ(tags.GetID3v2Version(), 3);
-    EXPECT_EQ(tags.GetTag("TITLE"), "The Title");
-    EXPECT_EQ(tags.GetTag("ARTIST"), "The Artist");
-    EXPECT_EQ(tags.GetTag("ALBUM"), "The Album");
-    EXPECT_EQ(tags.GetTag("YEAR"), "1999");
-    EXPECT_EQ(tags.GetTag("TRACKNUMBER"), "3/12");
-    EXPECT_EQ(tags.GetTag("GENRE"), "Rock");
-    EXPECT_EQ(tags.GetTag("COMMENT"), "A comment");
+    ExpectTags(tags, {{"TITLE", "The Title"},
+                      {"ARTIST", "The Artist"},
+                      {"ALBUM", "The Album"},
+                      {"YEAR", "1999"},
+                      {"TRACKNUMBER", "3/12"},
+                      {"GENRE", "Rock"},
+                      {"COMMENT", "A comment"}});
 
     const auto other = MakeMp3(home.Path(), "mutagen.mp3");
     const std::string output =
@@ -167,57 +164,33 @@ TEST(MP3Tags, ReadsVersion23TagsOfId3libAndMutagen) {
                    "tags.save(sys.argv[1], v2_version=3)\n",
                    other, &status);
     ASSERT_EQ(status, 0) << output;
-    tags = Read(other);
-    EXPECT_EQ(tags.GetTag("TITLE"), "Caf\xC3\xA9 M\xC3\xBCller \xE2\x99\xAB");
-    EXPECT_EQ(tags.GetTag("ARTIST"), "\xC3\x84rzte");
-    EXPECT_EQ(tags.GetTag("ALBUM"), "Gr\xC3\xBC\xC3\x9F"
-                                    "e");
-    EXPECT_EQ(tags.GetTag("COMMENT"), "Sch\xC3\xB6n");
-    EXPECT_EQ(tags.GetTag("GENRE"), "Jazz");
-    EXPECT_EQ(tags.GetTag("TRACKNUMBER"), "5");
-    EXPECT_EQ(tags.GetTag("DISKNUMBER"), "2/2");
-}
+    ExpectTags(Read(other), {{"TITLE", "Caf\xC3\xA9 M\xC3\xBCller \xE2\x99\xAB"},
+                             {"ARTIST", "\xC3\x84rzte"},
+                             {"ALBUM", "Gr\xC3\xBC\xC3\x9F"
+                                       "e"},
+                             {"COMMENT", "Sch\xC3\xB6n"},
+                             {"GENRE", "Jazz"},
+                             {"TRACKNUMBER", "5"},
+                             {"DISKNUMBER", "2/2"}});
 
-TEST(MP3Tags, Version22IsReadAndVersion24OnlyThroughItsID3v1Block) {
-    TempHome home;
-    const auto path = MakeMp3(home.Path());
-    std::vector<uint8_t> bytes{'I', 'D', '3', 2, 0, 0, 0, 0, 0, 0};
-    for (const auto& [id, text] : {std::pair{"TT2", "Two Two"}, {"TPA", "1/2"}}) {
-        Append(bytes, id);
-        const std::size_t size = std::strlen(text) + 1;
-        bytes.insert(bytes.end(), {0, 0, static_cast<uint8_t>(size), 0});
-        Append(bytes, text);
-    }
-    bytes.resize(bytes.size() + 30); // padding
-    ID3v2EncodeTagSize(bytes.data() + 6, static_cast<uint32_t>(bytes.size() - 10));
-    const std::vector<uint8_t> audio = ReadFileBytes(path);
-    bytes.insert(bytes.end(), audio.begin(), audio.end());
-    WriteFileBytes(path, bytes);
-    LAudioTagData tags = Read(path);
-    EXPECT_EQ(tags.GetID3v2Version(), 2);
-    EXPECT_EQ(tags.GetTag("TITLE"), "Two Two");
-    EXPECT_EQ(tags.GetTag("DISKNUMBER"), "1/2");
-
-    const auto other = MakeMp3(home.Path(), "v24.mp3");
-    int status = -1;
-    const std::string output = RunMutagen("import sys\n"
-                                          "from mutagen.id3 import ID3, TIT2, TCOM\n"
-                                          "tags = ID3()\n"
-                                          "tags.add(TIT2(encoding=3, text='Version four'))\n"
-                                          "tags.add(TCOM(encoding=3, text='Only in v2.4'))\n"
-                                          "tags.save(sys.argv[1], v2_version=4, v1=2)\n",
-                                          other, &status);
-    ASSERT_EQ(status, 0) << output;
-    tags = Read(other);
+    // Version 2.4 is read only through its ID3v1 block, and writing replaces it with 2.3.
+    const auto v24 = MakeMp3(home.Path(), "v24.mp3");
+    const std::string saved = RunMutagen("import sys\n"
+                                         "from mutagen.id3 import ID3, TIT2, TCOM\n"
+                                         "tags = ID3()\n"
+                                         "tags.add(TIT2(encoding=3, text='Version four'))\n"
+                                         "tags.add(TCOM(encoding=3, text='Only in v2.4'))\n"
+                                         "tags.save(sys.argv[1], v2_version=4, v1=2)\n",
+                                         v24, &status);
+    ASSERT_EQ(status, 0) << saved;
+    tags = Read(v24);
     EXPECT_EQ(tags.GetID3v2Version(), 0);
     EXPECT_EQ(tags.GetTag("TITLE"), "Version four");
     EXPECT_FALSE(tags.HasParm("COMPOSER"));
-
-    // Writing replaces the version 2.4 tag with a version 2.3 one.
     tags.SetTag("ALBUM", "Now in v2.3", true);
-    ASSERT_TRUE(tags.WriteTagsMP3(other.c_str()));
-    EXPECT_EQ(FFprobeTags(other)["album"], "Now in v2.3");
-    EXPECT_EQ(ReadFileBytes(other)[3], 3);
+    ASSERT_TRUE(tags.WriteTagsMP3(v24.c_str()));
+    EXPECT_EQ(FFprobeTags(v24)["album"], "Now in v2.3");
+    EXPECT_EQ(ReadFileBytes(v24)[3], 3);
 }
 
 TEST(MP3Tags, CoverImageIsWrittenAndReadBack) {

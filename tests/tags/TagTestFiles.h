@@ -2,6 +2,9 @@
 
 #include "codecs/WaveTestUtil.h"
 #include "support/TempHome.h"
+#include "tags/AudioTagData.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -68,6 +71,13 @@ inline std::string RunMutagen(const std::string& script, const std::filesystem::
     return RunCommand("/usr/bin/python3 -c " + ShellQuote(script) + " " +
                           ShellQuote(path.string()) + " 2>&1",
                       status);
+}
+
+// Checks the named tags of a store, one failure per differing tag.
+inline void ExpectTags(const LAudioTagData& tags,
+                       std::initializer_list<std::pair<const char*, std::string>> expected) {
+    for (const auto& [name, value] : expected)
+        EXPECT_EQ(tags.GetTag(name), value) << name;
 }
 
 } // namespace tagtest
