@@ -37,7 +37,7 @@ std::vector<double> LSRCEq::ImpulseResponse(const std::array<unsigned char, 2048
 
 LSRCEq::LSRCEq(LSoundSource& source, const LSPEq& eq)
     : LSoundProcessBase(source), buffer_(static_cast<size_t>(kBufferFrames) * channels_, 0),
-      filters_(channels_) {
+      filtered_(static_cast<size_t>(kChunk) * channels_, 0), filters_(channels_) {
     const std::vector<double> coeffs = ImpulseResponse(eq.curve);
     for (LFiltFFT& filter : filters_) {
         filter.SetTaps(kTaps - 1);
@@ -47,6 +47,7 @@ LSRCEq::LSRCEq(LSoundSource& source, const LSPEq& eq)
     // Frames 0..2046 stay zero: the start of the stream is preceded by silence.
     FillFrom(kDelay, kHistory - kDelay + kChunk);
     PrimeFilters();
+    FilterChunk();
 }
 
 void LSRCEq::FillFrom(int firstFrame, int count) {
@@ -63,6 +64,15 @@ void LSRCEq::FillFrom(int firstFrame, int count) {
 void LSRCEq::PrimeFilters() {
     for (int c = 0; c < channels_; ++c)
         filters_[c].Initialize(buffer_.data() + c, kHistory - 1, channels_);
+}
+
+// Output frame n comes from filtering up to buffer frame 4094 + n: the centre of the symmetric
+// response falls 2047 frames earlier, on the matching source frame. The whole chunk is filtered
+// at once, so that the filters work in whole blocks whatever the sizes of the reads.
+void LSRCEq::FilterChunk() {
+    const int* in = Frame(kHistory - 1);
+    for (int c = 0; c < channels_; ++c)
+        filters_[c].ApplyFilter(filtered_.data() + c, in + c, kChunk, channels_);
     pos_ = 0;
 }
 
@@ -71,14 +81,10 @@ void LSRCEq::Read(int* buffer, int frames) {
         if (pos_ == kChunk) {
             std::memmove(Frame(0), Frame(kChunk), sizeof(int) * kHistory * channels_);
             FillFrom(kHistory, kChunk);
-            pos_ = 0;
+            FilterChunk();
         }
         const int n = std::min(frames, kChunk - pos_);
-        // Output frame n comes from filtering up to buffer frame 4094 + n: the centre of the
-        // symmetric response falls 2047 frames earlier, on the matching source frame.
-        const int* in = Frame(kHistory - 1 + pos_);
-        for (int c = 0; c < channels_; ++c)
-            filters_[c].ApplyFilter(buffer + c, in + c, n, channels_);
+        std::copy_n(filtered_.data() + static_cast<long>(pos_) * channels_, n * channels_, buffer);
         pos_ += n;
         buffer += static_cast<long>(n) * channels_;
         frames -= n;
@@ -93,4 +99,5 @@ void LSRCEq::Seek(int frame) {
     inner_->Seek(frame - kDelay);
     FillFrom(0, kBufferFrames);
     PrimeFilters();
+    FilterChunk();
 }

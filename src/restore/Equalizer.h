@@ -42,8 +42,11 @@ private:
     int* Frame(int frame) { return buffer_.data() + static_cast<long>(frame) * channels_; }
     void FillFrom(int firstFrame, int count);
     void PrimeFilters();
+    // Filters the chunk in buffer frames 4095..12286 into `filtered_`.
+    void FilterChunk();
 
-    std::vector<int> buffer_; // kBufferFrames interleaved frames
-    int pos_ = 0;             // frames of the current chunk already handed out
+    std::vector<int> buffer_;   // kBufferFrames interleaved frames
+    std::vector<int> filtered_; // the current chunk, filtered
+    int pos_ = 0;               // frames of the current chunk already handed out
     std::vector<LFiltFFT> filters_;
 };
