@@ -20,7 +20,8 @@ constexpr int kStreamingWaitMs = 150;
 template <typename Generic> LSoundPlayerTemplate<Generic>::LSoundPlayerTemplate() = default;
 
 template <typename Generic> LSoundPlayerTemplate<Generic>::~LSoundPlayerTemplate() {
-    Stop();
+    // The listener may already be gone: it is not told.
+    StopPlaying(false);
     StopThreadNow();
 }
 

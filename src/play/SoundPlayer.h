@@ -30,6 +30,7 @@ private:
 // source into the device layer's ring; a second thread waits for played buffers. Play, stop,
 // position and level reach the listener on the main thread, through EvNotify. The player must
 // be made, used and destroyed on the main thread, after the main-thread queue has been set.
+// Destroying it stops it without telling the listener.
 template <typename Generic>
 class LSoundPlayerTemplate : public LThread, public LThreadQueuedNotify, public LSoundPlayerNotify {
 public:
@@ -78,8 +79,11 @@ private:
     long userValue_ = 0;
     LSoundSource source_;
     // Which of the two threads runs at real-time priority: at most one flag is set, and it is
-    // set exactly while that thread is raised. RaiseThread changes both together under
-    // priorityLock_, so a change lowers only the thread that is really up.
+    // set exactly while that thread is raised. The feeder is raised while it waits for a
+    // streaming source; the completion thread while the ring is full, and also when it has
+    // played more than 32 buffers without the ring filling up, which it records in its own
+    // flag. RaiseThread changes both flags together under priorityLock_, so a change lowers
+    // only the thread that is really up.
     bool feederRaised_ = false;
     bool completionRaised_ = false;
     std::mutex priorityLock_;

@@ -72,6 +72,7 @@ public:
     void Start();
     void Stop();
     // Prepares one buffer at the current position (a cue point), or releases a paused cue.
+    // Only while no feeder runs.
     void Cue();
     // Silences the output and drops what is queued, before the source is moved.
     void PrepareSeek();

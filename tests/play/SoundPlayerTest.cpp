@@ -190,3 +190,38 @@ TEST_F(PlayerTest, AnErrorSourceDoesNotStart) {
 }
 
 } // namespace
+
+namespace {
+
+// A feeder that never runs: the device layer is driven by hand.
+class IdleThread : public LThread {
+public:
+    ~IdleThread() override { StopThreadNow(); }
+
+protected:
+    void ThreadFunction() override {}
+};
+
+// Started paused, the layer prepares one buffer at the cue point and plays it when the cue is
+// released.
+TEST_F(PlayerTest, ACuePreparesOneBufferThatPlaysWhenReleased) {
+    const std::vector<int> samples = RandomSamples(8000, 1);
+    LSoundSource source = MakeBufferSource(samples, 8000, 1);
+    source->Seek(3000);
+    IdleThread feeder;
+    LSoundPlayerLLQT layer;
+    ASSERT_TRUE(layer.Init(source, LSoundPlayerLLQT::kStartPaused, &feeder));
+    layer.Start();
+    EXPECT_EQ(layer.GetState(), LSoundPlayerLLQT::kStateStarted | LSoundPlayerLLQT::kStatePaused);
+    layer.Cue();
+    EXPECT_TRUE(layer.IsCued());
+    EXPECT_TRUE(layer.PlayRemainingBuffer());
+    layer.Cue();
+    EXPECT_EQ(layer.GetState(), LSoundPlayerLLQT::kStateStarted | LSoundPlayerLLQT::kStateCued);
+    ASSERT_TRUE(layer.WaitForEmptyBuffer());
+    EXPECT_EQ(layer.GetPosition(), 3800);
+    layer.Stop();
+    EXPECT_EQ(Output(), std::vector<int>(samples.begin() + 3000, samples.begin() + 3800));
+}
+
+} // namespace
