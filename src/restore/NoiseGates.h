@@ -44,7 +44,8 @@ private:
     void ReadBlock(BandBuffers& bands);
     // Gains that the bands of `next_` need.
     std::array<int, kBands> TargetGains() const;
-    template <int Channels> void Output(int* buffer, int frames);
+    // Hands out `frames` frames of the current block from `pos_` on, with the gains moving.
+    void Output(int* buffer, int frames);
 
     std::array<int, kBands> coef_{};
     std::array<int, kBands> mult_{};
