@@ -1,7 +1,12 @@
 #include "platform/devices/SoundDevices.h"
 
+#include "platform/devices/PulseDeviceList.h"
+#include "platform/devices/PulseInputStream.h"
+#include "platform/devices/PulseOutputStream.h"
 #include "platform/devices/VirtualSpeaker.h"
 #include "platform/devices/VirtualTurntable.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -13,36 +18,59 @@ LSoundDeviceInfo VirtualSpeakerInfo(bool isDefault) {
     return {kVirtualSpeakerId, "Virtual Speaker", "virtual-speaker", {}, isDefault};
 }
 
+using ListFunction = bool (*)(const LPulseConnection&, std::vector<LSoundDeviceInfo>&);
+
+// The server's devices then the virtual one, which is the default when the server lists none.
+bool ListDevices(ListFunction list, LSoundDeviceInfo (*virtualDevice)(bool),
+                 std::vector<LSoundDeviceInfo>& devices) {
+    devices.clear();
+    std::string error;
+    const std::shared_ptr<LPulseConnection> connection = LPulseConnection::Get(error);
+    const bool asked = connection && list(*connection, devices);
+    if (!asked) devices.clear();
+    const bool hasDefault = std::any_of(devices.begin(), devices.end(),
+                                        [](const LSoundDeviceInfo& d) { return d.isDefault; });
+    devices.push_back(virtualDevice(!hasDefault));
+    return asked;
+}
+
 } // namespace
 
 bool GetSoundInputDevices(std::vector<LSoundDeviceInfo>& devices) {
-    devices.clear();
-    devices.push_back(VirtualTurntableInfo(true));
-    return false;
+    return ListDevices(LPulseListSources, VirtualTurntableInfo, devices);
 }
 
 bool GetSoundOutputDevices(std::vector<LSoundDeviceInfo>& devices) {
-    devices.clear();
-    devices.push_back(VirtualSpeakerInfo(true));
-    return false;
+    return ListDevices(LPulseListSinks, VirtualSpeakerInfo, devices);
 }
 
 bool GetDefaultSoundInputDevice(LSoundDeviceInfo& device) {
-    device = VirtualTurntableInfo(true);
+    std::vector<LSoundDeviceInfo> devices;
+    GetSoundInputDevices(devices);
+    device = *std::find_if(devices.begin(), devices.end(),
+                           [](const LSoundDeviceInfo& d) { return d.isDefault; });
     return true;
 }
 
-std::unique_ptr<LSoundInputStream> OpenSoundInput(uint32_t id, int, int, std::string& error) {
+std::unique_ptr<LSoundInputStream> OpenSoundInput(uint32_t id, int sampleRate, int channels,
+                                                  std::string& error) {
     if (id == kVirtualTurntableId) return LVirtualTurntable::Open(error);
-    error = "There is no sound input device " + std::to_string(id) + ".";
-    return nullptr;
+    std::shared_ptr<LPulseConnection> connection = LPulseConnection::Get(error);
+    if (!connection) return nullptr;
+    return LPulseInputStream::Open(std::move(connection), id, sampleRate, channels, error);
 }
 
 std::unique_ptr<LSoundOutputStream> OpenSoundOutput(uint32_t id, int sampleRate, int channels,
                                                     LSoundOutputStream::Completion completion,
                                                     void* user, std::string& error) {
-    if (id == kVirtualSpeakerId || id == kDefaultSoundOutputId)
+    if (id == kVirtualSpeakerId)
         return LVirtualSpeaker::Open(sampleRate, channels, completion, user, error);
-    error = "There is no sound output device " + std::to_string(id) + ".";
-    return nullptr;
+    std::shared_ptr<LPulseConnection> connection = LPulseConnection::Get(error);
+    if (!connection) {
+        if (id == kDefaultSoundOutputId)
+            return LVirtualSpeaker::Open(sampleRate, channels, completion, user, error);
+        return nullptr;
+    }
+    return LPulseOutputStream::Open(std::move(connection), id, sampleRate, channels, completion,
+                                    user, error);
 }
