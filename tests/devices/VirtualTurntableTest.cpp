@@ -1,10 +1,13 @@
+#include "codecs/MP3File.h"
 #include "devices/DeviceTestUtil.h"
 #include "platform/devices/VirtualDeviceSetting.h"
 #include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <filesystem>
 
 namespace {
 
@@ -99,6 +102,32 @@ TEST_F(VirtualTurntableTest, PacedDeliveryKeepsTheContentAndAppliesTheGain) {
     ASSERT_EQ(collected.samples.size(), file.size());
     for (size_t i = 0; i < file.size(); ++i)
         ASSERT_EQ(collected.samples[i], static_cast<int16_t>((file[i] * 32768 + 32768) >> 16)) << i;
+}
+
+// A file named .mp3 is decoded: the device takes the stream's own rate and channel count and
+// delivers what the decoder makes of it.
+TEST_F(VirtualTurntableTest, PlaysMP3FilesAtTheirOwnFormat) {
+    const std::string path = Path("side.mp3");
+    std::filesystem::copy_file(VINORA_TESTDATA "/mp3-conformance/l3-he_32khz.bit", path);
+    LSoundSource decoder = LMP3File::OpenSource(path.c_str());
+    ASSERT_EQ(decoder->GetError(), sndErrNone);
+    const ScopedEnv env("VINORA_VIRTUAL_TURNTABLE", path + ",speed=0");
+
+    std::string error;
+    std::unique_ptr<LSoundInputStream> input = OpenSoundInput(kVirtualTurntableId, 44100, 2, error);
+    ASSERT_TRUE(input) << error;
+    EXPECT_EQ(input->GetSampleRate(), 32000);
+    EXPECT_EQ(input->GetChannels(), decoder->GetChannels());
+
+    const int bufferSamples = 3200 * decoder->GetChannels();
+    InputCapture capture(*input, bufferSamples);
+    ASSERT_TRUE(capture.Start());
+    std::vector<int16_t> got;
+    ASSERT_TRUE(capture.Collect(got, 3 * static_cast<size_t>(bufferSamples)));
+    std::vector<int> expected(got.size());
+    decoder->Read(expected.data(), static_cast<int>(got.size()) / decoder->GetChannels());
+    for (size_t i = 0; i < got.size(); ++i)
+        ASSERT_EQ(got[i], std::clamp((expected[i] + 8) >> 4, -32768, 32767)) << i;
 }
 
 TEST_F(VirtualTurntableTest, RefusesFilesItCannotPlayWithTheReason) {
