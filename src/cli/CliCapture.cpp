@@ -98,16 +98,20 @@ public:
     void srntfWait(long) override { waiting_ = true; }
     void srntfRecord(long) override { waiting_ = false; }
     void srntfStop(long) override { stopped = true; }
-    void srntfTime(LSoundTime time, long) override {
+    void srntfTime(LSoundTime time, long) override { Show(time, waiting_); }
+    // The length of the finished file.
+    void ShowLength(LSoundTime length) { Show(length, false); }
+
+private:
+    void Show(LSoundTime time, bool waiting) {
         if (!terminal_) return;
         char text[32];
         time._GetText2(text);
-        std::fprintf(stderr, "\rRecorded %s%s", text, waiting_ ? " (waiting for audio)" : "    ");
+        std::fprintf(stderr, "\rRecorded %s%s", text, waiting ? " (waiting for audio)" : "    ");
         std::fflush(stderr);
         shown_ = true;
     }
 
-private:
     bool terminal_ = isatty(STDERR_FILENO) == 1;
     bool shown_ = false;
     bool waiting_ = false;
@@ -177,7 +181,6 @@ int CliCapture(const CliArgs& args) {
         const bool started = recorder.Start(
             sink, LSoundTime(options.maxLengthMs), static_cast<int8_t>(options.threshold),
             LSoundTime(options.soundActivated ? kSilenceTimeMs : 0), 0);
-        sink.Close();
         if (!started) {
             const std::string& error = recorder.GetLowLevel().GetError();
             std::fprintf(stderr, "vinora-cli capture: the sound input cannot be opened: %s\n",
@@ -190,7 +193,10 @@ int CliCapture(const CliArgs& args) {
                 recorder.Stop();
                 result = 1;
             }
+            notify.ShowLength(LSoundTime::FromSamples(sink->GetPosition(), kSampleRate));
         }
+        // The last handle: the file gets its final header.
+        sink.Close();
     }
     LMainThreadQueue::SetCurrent(nullptr);
     if (result == 2) {
