@@ -21,6 +21,47 @@ int MaxWidthFor(int rate, int maxClickWidthMicroseconds) {
     return std::max(4, static_cast<int>(frames));
 }
 
+struct SquareSum {
+    uint64_t sum;     // wraps for deviations of 2^22 and more
+    uint32_t largest; // the largest deviation
+};
+
+// Sum of (|x[i] - x[i - lag]| - meanDiff)^2 for i = lag..n-1 in 64-bit integers.
+__attribute__((target_clones("avx2", "default"))) SquareSum
+SquaredDeviationsExact(const int* x, int lag, int n, int meanDiff) {
+    SquareSum result{0, 0};
+    for (int i = lag; i < n; ++i) {
+        const auto deviation =
+            static_cast<uint32_t>(std::abs(std::abs(x[i] - x[i - lag]) - meanDiff));
+        result.largest = std::max(result.largest, deviation);
+        result.sum += static_cast<uint64_t>(deviation) * deviation;
+    }
+    return result;
+}
+
+// The first i in [from, to) where a click may start: |x[i]| >= levelThreshold and it rose by
+// at least jumpThreshold over `lag` values; `to` if there is none. Runs of 32 values are tested
+// at once (in vector code) and skipped while none qualifies.
+int FirstClickStart(const int* x, int lag, int from, int to, int levelThreshold,
+                    int jumpThreshold) {
+    const auto starts = [=](int i) {
+        const int level = std::abs(x[i]);
+        return static_cast<int>(level >= levelThreshold) &
+               static_cast<int>(level - std::abs(x[i - lag]) >= jumpThreshold);
+    };
+    constexpr int kRun = 32;
+    int i = from;
+    for (; i + kRun <= to; i += kRun) {
+        int any = 0;
+        for (int k = 0; k < kRun; ++k)
+            any |= starts(i + k);
+        if (any) break;
+    }
+    while (i < to && !starts(i))
+        ++i;
+    return i;
+}
+
 } // namespace
 
 LSRCClickPop::LSRCClickPop(LSoundSource& source, signed char sensitivity,
@@ -34,6 +75,7 @@ LSRCClickPop::LSRCClickPop(LSoundSource& source, signed char sensitivity,
     bufferLen_ = std::max(sampleRate_, blockLen_);
     raw_.resize(static_cast<size_t>(bufferLen_) * channels_);
     filtered_.resize(raw_.size());
+    channel_.resize(blockLen_);
 }
 
 void LSRCClickPop::Read(int* buffer, int frames) {
@@ -100,10 +142,12 @@ void LSRCClickPop::AnalyseChannel(const int* f, int* r) {
     const int stride = channels_;
     const int n = blockLen_;
     const int lag = lag_;
-    const auto level = [f, stride](int i) { return std::abs(f[i * stride]); };
-    const auto jump = [f, stride, lag](int i) {
-        return std::abs(f[i * stride] - f[(i - lag) * stride]);
-    };
+    // The channel's filtered block, gathered so that the sums below run in vector code.
+    int* x = channel_.data();
+    for (int i = 0; i < n; ++i)
+        x[i] = f[i * stride];
+    const auto level = [x](int i) { return std::abs(x[i]); };
+    const auto jump = [x, lag](int i) { return std::abs(x[i] - x[i - lag]); };
 
     // Typical level and typical change over `lag` frames of this block, and how much the
     // change varies.
@@ -115,12 +159,7 @@ void LSRCClickPop::AnalyseChannel(const int* f, int* r) {
     for (int i = lag; i < n; ++i)
         jumpSum += static_cast<uint32_t>(jump(i));
     const int meanDiff = static_cast<int>(jumpSum / static_cast<uint32_t>(n - lag));
-    double squares = 0;
-    for (int i = lag; i < n; ++i) {
-        const double deviation = jump(i) - meanDiff;
-        squares += deviation * deviation;
-    }
-    const int sd = static_cast<int>(std::sqrt(squares / (n - lag)));
+    const int sd = static_cast<int>(std::sqrt(SquaredDeviations(meanDiff) / (n - lag)));
 
     const int sensitivity = sensitivity_;
     int levelThreshold = (meanAbs * sensitivity) / 50 + meanDiff;
@@ -129,11 +168,11 @@ void LSRCClickPop::AnalyseChannel(const int* f, int* r) {
     // A click starts where the level is high and has risen steeply over `lag` frames, and ends
     // where the level falls below a third of its start. Every frame of the block's first
     // `step_` (past the lag) is tested once; the rest of the block is look-ahead.
-    for (int i = lag; i < lag + step_; ++i) {
+    const int end = lag + step_;
+    for (int i = FirstClickStart(x, lag, lag, end, levelThreshold, jumpThreshold); i < end;
+         i = FirstClickStart(x, lag, i + 1, end, levelThreshold, jumpThreshold)) {
         const int peak = level(i);
-        if (peak < levelThreshold) continue;
         const int before = i - lag;
-        if (peak - level(before) < jumpThreshold) continue;
         const int limit = peak / 3;
         ++i;
         // Frames crossed here are not tested as click starts again. A click still running
@@ -156,6 +195,25 @@ void LSRCClickPop::AnalyseChannel(const int* f, int* r) {
 
 LSoundSource LSPClickPop::OpenSource(LSoundSource& source) const {
     return LSoundSource(new LSRCClickPop(source, sensitivity, maxClickWidth));
+}
+
+// The sum over the block of (jump - meanDiff)^2 in double precision, added in order. Squares of
+// deviations below 2^22 are exact, and while their total stays below 2^53 so is every partial
+// sum: the sum is then taken in 64-bit integers (in vector code, without overflow for any block
+// length) and converted once. Otherwise it is added in order in double precision.
+double LSRCClickPop::SquaredDeviations(int meanDiff) const {
+    const int n = blockLen_;
+    const int lag = lag_;
+    const int* x = channel_.data();
+    const SquareSum exact = SquaredDeviationsExact(x, lag, n, meanDiff);
+    if (exact.largest < (1u << 22) && exact.sum < (uint64_t{1} << 53))
+        return static_cast<double>(exact.sum);
+    double squares = 0;
+    for (int i = lag; i < n; ++i) {
+        const double deviation = std::abs(x[i] - x[i - lag]) - meanDiff;
+        squares += deviation * deviation;
+    }
+    return squares;
 }
 
 void ClickPopFix(int* buffer, int a, int b, unsigned long stride) {

@@ -34,6 +34,8 @@ private:
     // Finds and repairs the clicks of the block at `processed_`, channel by channel.
     void AnalyseBlock();
     void AnalyseChannel(const int* f, int* r);
+    // Sum of the squared deviations of the block's jumps from their mean.
+    double SquaredDeviations(int meanDiff) const;
 
     LHighPassIIR2 highPass_;
     signed char sensitivity_;
@@ -44,6 +46,7 @@ private:
     int step_;      // frames the analysis advances per block
     std::vector<int> raw_;
     std::vector<int> filtered_;
+    std::vector<int> channel_; // one channel of the filtered block being analysed
     int filled_ = 0;
     int processed_ = 0;
     int readPos_ = 0;

@@ -20,12 +20,21 @@ public:
     int GetRate() const { return rate_; }
 
 private:
+    // Samples filtered per piece: the input terms of a piece are kept on the stack.
+    static constexpr int kPieceSamples = 2048;
+
     struct ChanPersistData {
         int x1 = 0;
         int x2 = 0;
         int y1 = 0;
         int y2 = 0;
     };
+
+    // Input terms b0 (x + x2) + b1 x1 of a piece of `frames` frames into `terms`; moves the
+    // input history on to the piece's last two frames.
+    void InputTerms(const int* x, int frames, int* terms);
+    // Outputs terms - a2 y2 - a1 y1 into `y`, moving the output history on.
+    void Feedback(int* y, int frames, const int* terms);
 
     // Q24; b2 equals b0.
     int a1_ = 0;
