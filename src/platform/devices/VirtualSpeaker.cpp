@@ -76,7 +76,8 @@ void LVirtualSpeaker::Resume() {
 }
 
 void LVirtualSpeaker::Quiet() {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
+    WaitForCompletion(lock);
     if (count_ == 0 || headPlayed_ == 0) return;
     head_ = (head_ + 1) % kQueueSize;
     --count_;
@@ -86,10 +87,16 @@ void LVirtualSpeaker::Quiet() {
 }
 
 void LVirtualSpeaker::Flush() {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
+    WaitForCompletion(lock);
     if (count_ > 0 && headPlayed_ == 0) ++headSerial_;
     count_ = count_ > 0 && headPlayed_ > 0 ? 1 : 0;
     wake_.notify_all();
+}
+
+void LVirtualSpeaker::WaitForCompletion(std::unique_lock<std::mutex>& lock) {
+    if (std::this_thread::get_id() != thread_.get_id())
+        wake_.wait(lock, [this] { return !completing_; });
 }
 
 void LVirtualSpeaker::SetVolume(int left, int right) {
@@ -138,9 +145,12 @@ void LVirtualSpeaker::Run() {
         --count_;
         headPlayed_ = 0;
         ++headSerial_;
+        completing_ = true;
         lock.unlock();
         completion_(user_, entry.tag);
         lock.lock();
+        completing_ = false;
+        wake_.notify_all();
     }
 }
 

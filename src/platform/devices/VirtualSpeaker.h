@@ -46,6 +46,9 @@ private:
     };
 
     void Run();
+    // Waits until no completion is running, so a dropped buffer's completion cannot arrive
+    // after Quiet or Flush has returned. Not needed, and not possible, on the speaker's thread.
+    void WaitForCompletion(std::unique_lock<std::mutex>& lock);
     // Converts the next piece of the head buffer into work_ with the volume applied.
     void TakePiece(const Entry& entry, int frames);
 
@@ -70,6 +73,7 @@ private:
     int volume_[2] = {256, 256};
     bool paused_ = false;
     bool stopping_ = false;
+    bool completing_ = false;
     std::chrono::steady_clock::time_point clockStart_;
     int64_t framesSinceStart_ = 0;
     std::thread thread_;
