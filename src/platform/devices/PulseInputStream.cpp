@@ -19,21 +19,22 @@ LPulseInputStream::Open(std::shared_ptr<LPulseConnection> connection, uint32_t i
         error = "There is no sound input device " + std::to_string(index) + ".";
         return nullptr;
     }
-    pa_sample_spec spec;
-    spec.format = PA_SAMPLE_S16NE;
-    spec.rate = static_cast<uint32_t>(std::clamp(sampleRate, 1, static_cast<int>(PA_RATE_MAX)));
-    spec.channels =
+    pa_sample_spec sampleFormat;
+    sampleFormat.format = PA_SAMPLE_S16NE;
+    sampleFormat.rate =
+        static_cast<uint32_t>(std::clamp(sampleRate, 1, static_cast<int>(PA_RATE_MAX)));
+    sampleFormat.channels =
         static_cast<uint8_t>(std::clamp(channels, 1, static_cast<int>(PA_CHANNELS_MAX)));
     std::unique_ptr<LPulseInputStream> stream(
-        new LPulseInputStream(std::move(connection), index, std::move(source), spec));
+        new LPulseInputStream(std::move(connection), index, std::move(source), sampleFormat));
     if (!stream->Connect(error)) return nullptr;
     return stream;
 }
 
 LPulseInputStream::LPulseInputStream(std::shared_ptr<LPulseConnection> connection, uint32_t index,
-                                     LPulseDeviceDetails source, const pa_sample_spec& spec)
+                                     LPulseDeviceDetails source, const pa_sample_spec& sampleFormat)
     : connection_(std::move(connection)), sourceIndex_(index), source_(std::move(source)),
-      spec_(spec) {}
+      sampleFormat_(sampleFormat) {}
 
 LPulseInputStream::~LPulseInputStream() {
     Stop();
@@ -43,7 +44,8 @@ bool LPulseInputStream::Connect(std::string& error) {
     LPulseWaiter waiter;
     {
         const LPulseLock lock(connection_->Loop());
-        stream_ = pa_stream_new(connection_->Context(), "Vinora recording", &spec_, nullptr);
+        stream_ =
+            pa_stream_new(connection_->Context(), "Vinora recording", &sampleFormat_, nullptr);
         if (!stream_) {
             error =
                 "The sound server refused a recording stream: " + connection_->LastError() + ".";
@@ -54,7 +56,7 @@ bool LPulseInputStream::Connect(std::string& error) {
         pa_stream_set_read_callback(stream_, OnRead, this);
         pa_buffer_attr attributes;
         attributes.maxlength = static_cast<uint32_t>(-1);
-        attributes.fragsize = static_cast<uint32_t>(pa_usec_to_bytes(kFragment, &spec_));
+        attributes.fragsize = static_cast<uint32_t>(pa_usec_to_bytes(kFragment, &sampleFormat_));
         attributes.tlength = attributes.prebuf = attributes.minreq = static_cast<uint32_t>(-1);
         if (pa_stream_connect_record(stream_, source_.name.c_str(), &attributes,
                                      PA_STREAM_ADJUST_LATENCY) < 0)
@@ -129,7 +131,8 @@ bool LPulseInputStream::SetInputGain(double gain) {
 }
 
 bool LPulseInputStream::Record(int16_t* buffer, int samples, Completion completion, void* user) {
-    if (!buffer || !completion || samples <= 0 || samples % spec_.channels != 0) return false;
+    if (!buffer || !completion || samples <= 0 || samples % sampleFormat_.channels != 0)
+        return false;
     const LPulseLock lock(connection_->Loop());
     if (!stream_ || armed_) return false;
     armed_ = buffer;

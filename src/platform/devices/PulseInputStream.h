@@ -20,8 +20,8 @@ public:
                                                    std::string& error);
     ~LPulseInputStream() override;
 
-    int GetSampleRate() const override { return static_cast<int>(spec_.rate); }
-    int GetChannels() const override { return spec_.channels; }
+    int GetSampleRate() const override { return static_cast<int>(sampleFormat_.rate); }
+    int GetChannels() const override { return sampleFormat_.channels; }
     bool SelectInputSource(int index) override;
     bool SetInputGain(double gain) override;
     bool Record(int16_t* buffer, int samples, Completion completion, void* user) override;
@@ -31,7 +31,7 @@ public:
 
 private:
     LPulseInputStream(std::shared_ptr<LPulseConnection> connection, uint32_t index,
-                      LPulseDeviceDetails source, const pa_sample_spec& spec);
+                      LPulseDeviceDetails source, const pa_sample_spec& sampleFormat);
     bool Connect(std::string& error);
     static void OnRead(pa_stream* stream, size_t bytes, void* user);
     static void OnState(pa_stream* stream, void* user);
@@ -41,7 +41,7 @@ private:
     std::shared_ptr<LPulseConnection> connection_;
     const uint32_t sourceIndex_;
     const LPulseDeviceDetails source_;
-    const pa_sample_spec spec_;
+    const pa_sample_spec sampleFormat_;
     pa_stream* stream_ = nullptr;
     LPulseWaiter* connecting_ = nullptr;
 

@@ -27,21 +27,21 @@ LPulseOutputStream::Open(std::shared_ptr<LPulseConnection> connection, uint32_t 
                 std::to_string(sampleRate) + " Hz.";
         return nullptr;
     }
-    pa_sample_spec spec;
-    spec.format = PA_SAMPLE_S16NE;
-    spec.rate = static_cast<uint32_t>(sampleRate);
-    spec.channels = static_cast<uint8_t>(channels);
+    pa_sample_spec sampleFormat;
+    sampleFormat.format = PA_SAMPLE_S16NE;
+    sampleFormat.rate = static_cast<uint32_t>(sampleRate);
+    sampleFormat.channels = static_cast<uint8_t>(channels);
     std::unique_ptr<LPulseOutputStream> stream(
-        new LPulseOutputStream(std::move(connection), spec, completion, user));
+        new LPulseOutputStream(std::move(connection), sampleFormat, completion, user));
     if (!stream->Connect(sink.name.empty() ? nullptr : sink.name.c_str(), error)) return nullptr;
     return stream;
 }
 
 LPulseOutputStream::LPulseOutputStream(std::shared_ptr<LPulseConnection> connection,
-                                       const pa_sample_spec& spec, Completion completion,
+                                       const pa_sample_spec& sampleFormat, Completion completion,
                                        void* user)
-    : connection_(std::move(connection)), spec_(spec), frameBytes_(pa_frame_size(&spec)),
-      completion_(completion), user_(user) {}
+    : connection_(std::move(connection)), sampleFormat_(sampleFormat),
+      frameBytes_(pa_frame_size(&sampleFormat)), completion_(completion), user_(user) {}
 
 LPulseOutputStream::~LPulseOutputStream() {
     Close();
@@ -51,7 +51,7 @@ bool LPulseOutputStream::Connect(const char* sinkName, std::string& error) {
     LPulseWaiter waiter;
     {
         const LPulseLock lock(connection_->Loop());
-        stream_ = pa_stream_new(connection_->Context(), "Vinora playback", &spec_, nullptr);
+        stream_ = pa_stream_new(connection_->Context(), "Vinora playback", &sampleFormat_, nullptr);
         if (!stream_) {
             error = "The sound server refused a playback stream: " + connection_->LastError() + ".";
             return false;
@@ -64,7 +64,8 @@ bool LPulseOutputStream::Connect(const char* sinkName, std::string& error) {
         pa_buffer_attr attributes;
         attributes.maxlength = attributes.prebuf = attributes.minreq = static_cast<uint32_t>(-1);
         attributes.fragsize = static_cast<uint32_t>(-1);
-        attributes.tlength = static_cast<uint32_t>(pa_usec_to_bytes(kTargetLatency, &spec_));
+        attributes.tlength =
+            static_cast<uint32_t>(pa_usec_to_bytes(kTargetLatency, &sampleFormat_));
         const auto flags = static_cast<pa_stream_flags_t>(
             PA_STREAM_ADJUST_LATENCY | PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_AUTO_TIMING_UPDATE);
         if (pa_stream_connect_playback(stream_, sinkName, &attributes, flags, nullptr, nullptr) < 0)
@@ -187,7 +188,7 @@ void LPulseOutputStream::Pump() {
 int64_t LPulseOutputStream::PlayedBytes() const {
     pa_usec_t time = 0;
     if (!stream_ || pa_stream_get_time(stream_, &time) < 0) return -1;
-    return static_cast<int64_t>(pa_usec_to_bytes(time, &spec_));
+    return static_cast<int64_t>(pa_usec_to_bytes(time, &sampleFormat_));
 }
 
 void LPulseOutputStream::CompletePlayed() {
@@ -260,8 +261,8 @@ void LPulseOutputStream::SetVolume(int left, int right) {
 
 void LPulseOutputStream::ApplyVolume() {
     pa_cvolume volume;
-    volume.channels = spec_.channels;
-    for (int c = 0; c < spec_.channels; ++c)
+    volume.channels = sampleFormat_.channels;
+    for (int c = 0; c < sampleFormat_.channels; ++c)
         volume.values[c] = pa_sw_volume_from_linear(volume_[std::min(c, 1)] / 256.0);
     LPulseForget(pa_context_set_sink_input_volume(
         connection_->Context(), pa_stream_get_index(stream_), &volume, nullptr, nullptr));

@@ -21,8 +21,8 @@ public:
                                                     std::string& error);
     ~LPulseOutputStream() override;
 
-    int GetSampleRate() const override { return static_cast<int>(spec_.rate); }
-    int GetChannels() const override { return spec_.channels; }
+    int GetSampleRate() const override { return static_cast<int>(sampleFormat_.rate); }
+    int GetChannels() const override { return sampleFormat_.channels; }
     bool Play(const int16_t* samples, int frames, void* tag) override;
     void Pause() override;
     void Resume() override;
@@ -44,8 +44,8 @@ private:
         int64_t end = 0;
     };
 
-    LPulseOutputStream(std::shared_ptr<LPulseConnection> connection, const pa_sample_spec& spec,
-                       Completion completion, void* user);
+    LPulseOutputStream(std::shared_ptr<LPulseConnection> connection,
+                       const pa_sample_spec& sampleFormat, Completion completion, void* user);
     bool Connect(const char* sinkName, std::string& error);
     void Close();
 
@@ -67,7 +67,7 @@ private:
                        void* user);
 
     std::shared_ptr<LPulseConnection> connection_;
-    const pa_sample_spec spec_;
+    const pa_sample_spec sampleFormat_;
     const size_t frameBytes_;
     const Completion completion_;
     void* const user_;
