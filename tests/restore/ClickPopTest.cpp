@@ -160,42 +160,46 @@ std::vector<Span> AddClicks(std::vector<int>& input, int channels, const std::ve
 
 TEST(ClickPop, BlockSizesFollowTheRateAndClickWidth) {
     struct Case {
-        int rate;
+        int rate, maxWidthUs;
         int blockLen, lag, maxWidth, step;
     };
-    for (const Case& c :
-         {Case{8000, 80, 1, 4, 74}, Case{22050, 220, 2, 9, 207}, Case{44100, 441, 3, 19, 416},
-          Case{48000, 480, 3, 21, 453}, Case{96000, 960, 5, 43, 907}}) {
+    for (const Case& c : {Case{8000, 450, 80, 1, 4, 74}, Case{44100, 450, 441, 3, 19, 416},
+                          Case{48000, 450, 480, 3, 21, 453}, Case{96000, 450, 960, 5, 43, 907},
+                          // So wide a click makes the analysis block twice its width.
+                          Case{44100, 10000, 882, 3, 441, 882 - 441 - 6}}) {
         LSoundSource source = MakeBufferSource({}, c.rate, 2);
-        const LSRCClickPop stage(source, 35, 450);
+        const LSRCClickPop stage(source, 35, c.maxWidthUs);
         EXPECT_EQ(stage.GetBlockLen(), c.blockLen) << c.rate;
         EXPECT_EQ(stage.GetLag(), c.lag) << c.rate;
         EXPECT_EQ(stage.GetMaxWidth(), c.maxWidth) << c.rate;
         EXPECT_EQ(stage.GetStep(), c.step) << c.rate;
     }
-    // A click width this wide makes the analysis block twice the width.
-    LSoundSource source = MakeBufferSource({}, kRate, 1);
-    const LSRCClickPop wide(source, 35, 10000);
-    EXPECT_EQ(wide.GetMaxWidth(), 441);
-    EXPECT_EQ(wide.GetBlockLen(), 882);
-    EXPECT_EQ(wide.GetStep(), 882 - 441 - 6);
 }
 
-// Clicks across three seconds (the held second of audio is moved on twice), in both channels
-// at different places: each is bridged by one straight line, and nothing else changes.
-TEST(ClickPop, ShortClicksInQuietAudioAreBridged) {
-    const int frames = 3 * kRate;
-    std::vector<int> input = Quiet(frames, 2);
-    const std::vector<Click> clicks = {
-        {0, 10 * kStep + kLag + 100, {200000, -100000}},
-        {1, 11 * kStep + kLag + 40, {-180000, 90000}},
-        {0, 105 * kStep + kLag + 200, Burst(5, 150000)}, // in the second the buffer moves on
-        {1, 106 * kStep + kLag + 30, {150000, -110000, 40000}},
-        {0, 212 * kStep + kLag + 300, Burst(12, 100000)},
-        {1, 250 * kStep + kLag + 10, {-300000, 150000}},
-    };
-    const std::vector<Span> spans = AddClicks(input, 2, clicks);
-    ExpectRepaired(input, RunClickPop(input, 2), 2, spans);
+// Clicks in quiet audio across three seconds (the held second of audio is moved on twice) and
+// in loud music, in both channels at different places and once at the same frame: each is
+// bridged by one straight line, and nothing else changes.
+TEST(ClickPop, ClicksInQuietAudioAndLoudMusicAreBridged) {
+    std::vector<int> quiet = Quiet(3 * kRate, 2);
+    const std::vector<Span> quietSpans =
+        AddClicks(quiet, 2,
+                  {{0, 10 * kStep + kLag + 100, {200000, -100000}},
+                   {1, 11 * kStep + kLag + 40, {-180000, 90000}},
+                   {0, 105 * kStep + kLag + 200, Burst(5, 150000)}, // after the buffer moved on
+                   {1, 106 * kStep + kLag + 30, {150000, -110000, 40000}},
+                   {0, 212 * kStep + kLag + 300, Burst(12, 100000)},
+                   {1, 250 * kStep + kLag + 10, {-300000, 150000}}});
+    ExpectRepaired(quiet, RunClickPop(quiet, 2), 2, quietSpans);
+
+    std::vector<int> music = Music(2 * kRate, 2);
+    const std::vector<Span> musicSpans =
+        AddClicks(music, 2,
+                  {{0, 20 * kStep + kLag + 150, {250000}},
+                   {1, 20 * kStep + kLag + 150, {-250000}},
+                   {0, 50 * kStep + kLag + 60, {250000}},
+                   {1, 90 * kStep + kLag + 250, Burst(6, 200000)},
+                   {0, 120 * kStep + kLag + 333, {-200000, 250000, -100000}}});
+    ExpectRepaired(music, RunClickPop(music, 2), 2, musicSpans);
 }
 
 // A lone spike on near silence: the detection filter rings after it, and the ringing passes
@@ -220,20 +224,6 @@ TEST(ClickPop, SingleSampleSpikeInQuietAudioIsFlattened) {
         if (near[i]) continue;
         ASSERT_EQ(output[i], input[i]) << "channel " << i % 2 << " frame " << i / 2;
     }
-}
-
-TEST(ClickPop, ClicksInLoudMusicAreBridged) {
-    const int frames = 2 * kRate;
-    std::vector<int> input = Music(frames, 2);
-    const std::vector<Click> clicks = {
-        {0, 20 * kStep + kLag + 150, {250000}}, // the same frame in both channels
-        {1, 20 * kStep + kLag + 150, {-250000}},
-        {0, 50 * kStep + kLag + 60, {250000}},
-        {1, 90 * kStep + kLag + 250, Burst(6, 200000)},
-        {0, 120 * kStep + kLag + 333, {-200000, 250000, -100000}},
-    };
-    const std::vector<Span> spans = AddClicks(input, 2, clicks);
-    ExpectRepaired(input, RunClickPop(input, 2), 2, spans);
 }
 
 TEST(ClickPop, LowRateMonoUsesItsOwnBlockSizes) {
@@ -300,11 +290,19 @@ TEST(ClickPop, BurstLongerThanAClickIsLeftAloneAndRaisesTheThresholds) {
     run({{20, longBurst}, {130, longBurst}}, 250, 72000, false);
 }
 
-TEST(ClickPop, PositionIsWhatHasBeenHandedOut) {
+TEST(ClickPop, ChainStepWrapsTheSourceAndPositionIsWhatHasBeenHandedOut) {
     std::vector<int> input = Quiet(kRate, 2);
     Add(input, 2, 0, 60 * kStep + kLag + 80, {200000});
     LSoundSource source = MakeBufferSource(input, kRate, 2);
-    LSoundSource stage = LSPClickPop(35, 450).OpenSource(source);
+    LSoundSource stage = source;
+    RecordingProgress progress;
+    EXPECT_EQ(ProcessClickPop(progress, stage), PROCESS_DONE);
+    EXPECT_EQ(progress.statuses,
+              (std::vector<std::pair<std::string, int>>{{"Click Pop Remover", 0}}));
+    const auto* clickPop = dynamic_cast<const LSRCClickPop*>(stage.Get());
+    ASSERT_NE(clickPop, nullptr);
+    EXPECT_EQ(clickPop->GetMaxWidth(), 19);
+    EXPECT_EQ(source->GetPositionSample(), 0); // nothing read yet
     EXPECT_EQ(stage->GetPositionSample(), 0);
     EXPECT_EQ(stage->GetEndSample(), kRate);
     ReadAll(stage, 100);
@@ -316,28 +314,11 @@ TEST(ClickPop, PositionIsWhatHasBeenHandedOut) {
     stage->Seek(20000);
     EXPECT_EQ(stage->GetPositionSample(), 20000);
     const std::vector<int> afterSeek = ReadAll(stage, 10000, 700);
-
     LSoundSource fresh = MakeBufferSource(input, kRate, 2);
     fresh->Seek(20000);
     LSoundSource freshStage = LSPClickPop(35, 450).OpenSource(fresh);
     EXPECT_EQ(afterSeek, ReadAll(freshStage, 10000));
     EXPECT_EQ(stage->GetPositionSample(), 30000);
-}
-
-TEST(ClickPop, ChainStepWrapsTheSource) {
-    LSoundSource source = MakeBufferSource(Quiet(1000, 2), kRate, 2);
-    LSoundSourceBase* inner = source.Get();
-    RecordingProgress progress;
-    EXPECT_EQ(ProcessClickPop(progress, source), PROCESS_DONE);
-    ASSERT_EQ(progress.statuses.size(), 1u);
-    EXPECT_EQ(progress.statuses[0].first, "Click Pop Remover");
-    EXPECT_EQ(progress.statuses[0].second, 0);
-    EXPECT_EQ(inner->GetPositionSample(), 0); // nothing read yet
-
-    const auto* stage = dynamic_cast<const LSRCClickPop*>(source.Get());
-    ASSERT_NE(stage, nullptr);
-    EXPECT_EQ(stage->GetMaxWidth(), 19);
-    EXPECT_EQ(stage->GetEndSample(), 1000);
 }
 
 } // namespace

@@ -196,26 +196,32 @@ TEST_F(ConvertJobTest, FailuresKeepTheSourceAndLeaveNoOutput) {
     EXPECT_FALSE(fs::exists(Out() / "stop" / "keep.wav"));
     progress_.stopAfter = -1;
 
+    // An output folder that cannot be made.
+    std::ofstream(home_.Path() / "file") << "x";
+    LProcessConvert noFolder = Job(source, home_.Path() / "file" / "sub", ".wav");
+    noFolder.deleteSource = 1;
+    EXPECT_EQ(Process(progress_, noFolder), PROCESS_FAILED);
+
     EXPECT_TRUE(fs::exists(source));
     EXPECT_EQ(fs::directory_iterator(Out() / "stop"), fs::directory_iterator());
-    const std::string log = Log();
-    EXPECT_NE(log.find("File conversion FAILED: could not create sink file"), std::string::npos);
-    EXPECT_NE(log.find("File conversion FAILED: could not write to the sink file " +
-                       (Out() / "stop" / "keep.wav").string()),
-              std::string::npos);
-}
 
-TEST_F(ConvertJobTest, UnreadableSourcesFail) {
+    // Sources that cannot be read.
     std::ofstream(In() / "notes.txt") << "not audio";
     std::ofstream(In() / "broken.wav") << "not a wave file at all";
     for (const char* name : {"notes.txt", "broken.wav", "missing.wav"}) {
-        LProcessConvert job = Job(In() / name, Out(), ".wav");
+        LProcessConvert job = Job(In() / name, Out() / "unread", ".wav");
         EXPECT_EQ(Process(progress_, job), PROCESS_FAILED) << name;
     }
     EXPECT_TRUE(fs::exists(In() / "broken.wav"));
-    EXPECT_EQ(fs::directory_iterator(Out()), fs::directory_iterator());
-    EXPECT_NE(Log().find("File conversion FAILED: the source file could not be opened " +
-                         (In() / "missing.wav").string()),
+    EXPECT_EQ(fs::directory_iterator(Out() / "unread"), fs::directory_iterator());
+
+    const std::string log = Log();
+    EXPECT_NE(log.find("File conversion FAILED: the source file could not be opened " +
+                       (In() / "missing.wav").string()),
+              std::string::npos);
+    EXPECT_NE(log.find("File conversion FAILED: could not create sink file"), std::string::npos);
+    EXPECT_NE(log.find("File conversion FAILED: could not write to the sink file " +
+                       (Out() / "stop" / "keep.wav").string()),
               std::string::npos);
 }
 
@@ -235,14 +241,6 @@ TEST_F(ConvertJobTest, RestorationRunsWhenAsked) {
     EXPECT_NE(Log().find("Applying Audio Restoration"), std::string::npos);
     EXPECT_NE(std::find(notify_.texts.begin(), notify_.texts.end(), "Normalize..."),
               notify_.texts.end());
-}
-
-TEST_F(ConvertJobTest, UncreatableFolderShowsAnError) {
-    std::ofstream(home_.Path() / "file") << "x";
-    LProcessConvert job = Job(MakeWave("f.wav"), home_.Path() / "file" / "sub", ".wav");
-    job.deleteSource = 1;
-    EXPECT_EQ(Process(progress_, job), PROCESS_FAILED);
-    EXPECT_TRUE(fs::exists(In() / "f.wav"));
 }
 
 } // namespace

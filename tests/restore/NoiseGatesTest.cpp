@@ -65,7 +65,7 @@ std::complex<double> FirstStage(double frequency, double a) {
     return 1.0 - a * z1 / (1.0 - (1 - a) * z1);
 }
 
-TEST(NoiseGates, ThresholdsFollowTheLevelWithinTheDecibelRange) {
+TEST(NoiseGates, ThresholdsBlockLengthAndCoefficients) {
     const auto thresholds = [](int level) {
         const LSPNoiseGates gates(static_cast<int8_t>(level));
         return std::vector<int>(std::begin(gates.thresholds), std::end(gates.thresholds));
@@ -73,9 +73,8 @@ TEST(NoiseGates, ThresholdsFollowTheLevelWithinTheDecibelRange) {
     EXPECT_EQ(thresholds(-36), (std::vector<int>{-33, -36, -39, -36}));
     EXPECT_EQ(thresholds(125), (std::vector<int>{127, 125, 122, 125}));
     EXPECT_EQ(thresholds(-126), (std::vector<int>{-123, -126, -127, -126}));
-}
 
-TEST(NoiseGates, BlockLengthIsAThirtiethOfASecondWithinLimits) {
+    // A thirtieth of a second, within 20..8192 frames.
     const auto blockLen = [](int rate) { return Stage(Gates({}, 1, rate)).GetBlockLen(); };
     EXPECT_EQ(blockLen(44100), 1470);
     EXPECT_EQ(blockLen(8000), 266);
@@ -223,24 +222,7 @@ TEST(NoiseGates, GatesOpenAheadOfTheSoundAndCloseGradually) {
     EXPECT_LT(hissOut, hissIn / 30);
 }
 
-TEST(NoiseGates, PositionIsWhatHasBeenHandedOut) {
-    const std::vector<int> input = Chord(20 * kBlock, 2, 0.5);
-    LSoundSource gates = Gates(input, 2);
-    EXPECT_EQ(gates->GetPositionSample(), 0);
-    ReadAll(gates, 1000);
-    EXPECT_EQ(gates->GetPositionSample(), 1000);
-
-    // After a seek the stage starts afresh there, as a new stage on a source at that position.
-    gates->Seek(5000);
-    EXPECT_EQ(gates->GetPositionSample(), 5000);
-    const std::vector<int> afterSeek = ReadAll(gates, 6000, 700);
-    LSoundSource fresh = MakeBufferSource(input, kRate, 2);
-    fresh->Seek(5000);
-    LSoundSource freshGates = LSPNoiseGates(-36).OpenSource(fresh);
-    EXPECT_EQ(afterSeek, ReadAll(freshGates, 6000));
-}
-
-TEST(NoiseGates, ChainStepWrapsTheSourceAtTheClampedLevel) {
+TEST(NoiseGates, ChainStepWrapsTheSourceAtTheClampedLevelAndSeeks) {
     RecordingProgress progress;
     LSoundSource source = MakeBufferSource(Chord(10 * kBlock, 2), kRate, 2);
     EXPECT_EQ(ProcessNoiseReduction(progress, source, -36), PROCESS_DONE);
@@ -248,6 +230,18 @@ TEST(NoiseGates, ChainStepWrapsTheSourceAtTheClampedLevel) {
     EXPECT_EQ(progress.statuses[0].first, "Noise Reduction");
     EXPECT_EQ(progress.statuses[0].second, 0);
     ASSERT_NE(dynamic_cast<LSRCNoiseGates*>(source.Get()), nullptr);
+    EXPECT_EQ(source->GetPositionSample(), 0);
+    ReadAll(source, 1000);
+    EXPECT_EQ(source->GetPositionSample(), 1000);
+
+    // After a seek the stage starts afresh there, as a new stage on a source at that position.
+    source->Seek(5000);
+    EXPECT_EQ(source->GetPositionSample(), 5000);
+    const std::vector<int> afterSeek = ReadAll(source, 6000, 700);
+    LSoundSource fresh = MakeBufferSource(Chord(10 * kBlock, 2), kRate, 2);
+    fresh->Seek(5000);
+    LSoundSource freshGates = LSPNoiseGates(-36).OpenSource(fresh);
+    EXPECT_EQ(afterSeek, ReadAll(freshGates, 6000));
 
     // A level past the decibel range is held at its end rather than wrapping around: at
     // +127 dB every gate stays shut, at -127 dB every gate opens.

@@ -46,29 +46,24 @@ TEST(Normalize, BringsThePeakTo80Percent) {
     EXPECT_EQ(progress.progress.size(), 3u);
 }
 
-TEST(Normalize, GainIsLimitedToTenTimes) {
-    // A peak of 1 % of full scale would need x80.
+// A peak of 1 % of full scale would need x80; silence gets no stage; a stop or an error
+// source changes nothing.
+TEST(Normalize, GainIsLimitedAndSilenceStopOrErrorLeaveTheSource) {
     LProcessNormalize job{80, MakeBufferSource(Block(1000, kNormalizeFullScale / 100), 44100, 2)};
     RecordingProgress progress;
     int gainPercent = 100;
     ASSERT_EQ(ProcessNormalizeGetGain(progress, job, gainPercent), PROCESS_DONE);
     EXPECT_EQ(gainPercent, kNormalizeMaxGainPercent);
     EXPECT_EQ(job.source->GetPositionSample(), 0);
-}
 
-TEST(Normalize, SilenceGetsNoStage) {
-    LSoundSource source = MakeBufferSource(std::vector<int>(5000, 0), 44100, 1);
-    LSoundSource original = source;
-    RecordingProgress progress;
-    EXPECT_EQ(ProcessNormalize(progress, source, 80), PROCESS_DONE);
-    EXPECT_EQ(source.Get(), original.Get());
-}
+    LSoundSource silence = MakeBufferSource(std::vector<int>(5000, 0), 44100, 1);
+    LSoundSource original = silence;
+    EXPECT_EQ(ProcessNormalize(progress, silence, 80), PROCESS_DONE);
+    EXPECT_EQ(silence.Get(), original.Get());
 
-TEST(Normalize, StopAndErrorLeaveTheSource) {
     LSoundSource source = MakeBufferSource(Block(20000, 1000), 44100, 1);
-    LSoundSource original = source;
-    RecordingProgress progress;
-    progress.stopAfter = 1;
+    original = source;
+    progress.stopAfter = progress.stopQueries + 1;
     EXPECT_EQ(ProcessNormalize(progress, source, 80), PROCESS_STOPPED);
     EXPECT_EQ(source.Get(), original.Get());
 
