@@ -1,15 +1,37 @@
 #include "restore/DCOffset.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <cstdlib>
 
 namespace {
+
 constexpr int kBlockFrames = 8192;
+
+// Adds every sample of a chunk to its channel's sum. The sums hold whole numbers: while a sum
+// is so far below 2^53 that no partial sum of the chunk can reach it, adding the chunk's exact
+// 64-bit total gives the same double as adding sample by sample, only faster.
+void AddToSums(const int* samples, int frames, int channels, std::vector<double>& sum) {
+    constexpr double kExact = 9007199254740992.0; // 2^53
+    const double reach = frames * 2147483648.0;
+    for (int c = 0; c < channels; ++c) {
+        if (std::abs(sum[c]) + reach < kExact) {
+            int64_t total = 0;
+            for (int f = 0; f < frames; ++f)
+                total += samples[f * channels + c];
+            sum[c] += static_cast<double>(total);
+        } else {
+            for (int f = 0; f < frames; ++f)
+                sum[c] += samples[f * channels + c];
+        }
+    }
 }
 
+} // namespace
+
 LSRCDCOffset::LSRCDCOffset(LSoundSource& source, std::vector<int> offset)
-    : LSoundProcessBase(source), offset_(std::move(offset))
-{
+    : LSoundProcessBase(source), offset_(std::move(offset)) {
     offset_.resize(channels_);
     // Taking the offset out can move the far side of the waveform past the source's peak.
     int largest = 0;
@@ -18,21 +40,21 @@ LSRCDCOffset::LSRCDCOffset(LSoundSource& source, std::vector<int> offset)
     maxAmplitude_ += largest;
 }
 
-void LSRCDCOffset::Read(int* buffer, int frames)
-{
+void LSRCDCOffset::Read(int* buffer, int frames) {
     inner_->Read(buffer, frames);
-    for (int f = 0; f < frames; ++f)
-        for (int c = 0; c < channels_; ++c)
-            *buffer++ -= offset_[c];
+    const int channels = channels_;
+    for (int c = 0; c < channels; ++c) {
+        const int offset = offset_[c];
+        for (int f = 0; f < frames; ++f)
+            buffer[f * channels + c] -= offset;
+    }
 }
 
-LProcessResult Process(LProcessInterface& progress, LProcessDCOffset& job)
-{
+LProcessResult Process(LProcessInterface& progress, LProcessDCOffset& job) {
     progress.SetStatus("DC Offset Correction", 0);
     progress.SetStatus("Please wait...", 1);
     LSoundSource source = job.source;
-    if (source->GetError() != sndErrNone)
-        return PROCESS_FAILED;
+    if (source->GetError() != sndErrNone) return PROCESS_FAILED;
 
     const int channels = source->GetChannels();
     const int end = std::max(source->GetEndSample(), 1);
@@ -40,14 +62,10 @@ LProcessResult Process(LProcessInterface& progress, LProcessDCOffset& job)
     std::vector<double> sum(channels);
     double fraction = 0;
     for (int done = 0; done < end;) {
-        if (progress.IsToStop())
-            return PROCESS_STOPPED;
+        if (progress.IsToStop()) return PROCESS_STOPPED;
         const int frames = std::min(end - done, kBlockFrames);
         source->Read(buffer.data(), frames);
-        const int* sample = buffer.data();
-        for (int f = 0; f < frames; ++f)
-            for (int c = 0; c < channels; ++c)
-                sum[c] += *sample++;
+        AddToSums(buffer.data(), frames, channels, sum);
         done += frames;
         fraction += static_cast<double>(frames) / end;
         progress.SetProgress(fraction);
@@ -61,14 +79,11 @@ LProcessResult Process(LProcessInterface& progress, LProcessDCOffset& job)
     return PROCESS_DONE;
 }
 
-LProcessResult ProcessDCOffset(LProcessInterface& progress, LSoundSource& source)
-{
-    if (source->GetError() != sndErrNone)
-        return PROCESS_FAILED;
+LProcessResult ProcessDCOffset(LProcessInterface& progress, LSoundSource& source) {
+    if (source->GetError() != sndErrNone) return PROCESS_FAILED;
     progress.SetStatus("DC Offset", 0);
     LProcessDCOffset job{source};
     const LProcessResult result = Process(progress, job);
-    if (result == PROCESS_DONE)
-        source = job.source;
+    if (result == PROCESS_DONE) source = job.source;
     return result;
 }
