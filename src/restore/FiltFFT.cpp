@@ -32,9 +32,9 @@ struct BlockRun {
     double* productIm;
 };
 
-// The spectra of Count groups of lanes of type V, standing in history slots
-// first, first + 1, ..., multiplied by the partitions from `firstPartition` on and summed per
-// lane: partition p goes with the spectrum p slots earlier.
+// The spectra of Count groups of lanes of type V, standing in history slots first, first + 1,
+// ..., multiplied by the partitions from `firstPartition` on and summed per lane: partition p
+// goes with the spectrum p slots earlier.
 template <typename V, int Count>
 [[gnu::always_inline]] inline void
 MultiplyPartitions(const double* historyRe, const double* historyIm, unsigned long historyStride,
