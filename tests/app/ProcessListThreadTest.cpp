@@ -1,14 +1,19 @@
-// The processing queue with a stand-in job that waits until the test lets it finish: the
-// queue file, resuming, progress and stopping.
+// The processing queue: the queue file, resuming, progress and stopping with a stand-in job
+// that waits until the test lets it finish, and one run of the real conversion job.
 #include "app/ProcessListThread.h"
 
+#include "codecs/WaveFile.h"
 #include "jobs/PlainMainQueue.h"
 #include "platform/Settings.h"
+#include "sound/SourceToSink.h"
+#include "support/RecordingProgress.h"
 #include "support/TempHome.h"
+#include "support/ToneSignals.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -47,6 +52,7 @@ TestRecord Record(const char* name) {
 }
 
 using TestList = LProcessListThread<TestRecord, MainProcessNotify>;
+constexpr std::size_t kRecord = sizeof(TestRecord);
 
 std::vector<uint8_t> Bytes(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
@@ -63,7 +69,7 @@ void WriteList(const fs::path& path, std::vector<uint8_t> header,
                const std::vector<const char*>& names, std::size_t extra = 0) {
     for (const char* name : names) {
         const TestRecord record = Record(name);
-        header.insert(header.end(), record.name, record.name + sizeof record.name);
+        header.insert(header.end(), record.name, record.name + kRecord);
     }
     header.resize(header.size() + extra, 0);
     std::ofstream(path, std::ios::binary)
@@ -75,6 +81,15 @@ bool WaitFor(const std::function<bool()>& done) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     return done();
 }
+
+// Keeps the messages posted to the main window.
+class RecordingTarget : public LMainNotifyTarget {
+public:
+    std::vector<std::tuple<int, std::string, int>> messages;
+    void OnMainNotify(int message, const std::string& text, int value) override {
+        messages.emplace_back(message, text, value);
+    }
+};
 
 class ProcessListThreadTest : public testing::Test {
 protected:
@@ -95,8 +110,6 @@ protected:
     fs::path path_;
 };
 
-constexpr std::size_t kRecord = sizeof(TestRecord);
-
 TEST_F(ProcessListThreadTest, AddWritesTheHeaderOnceAndRunsInOrder) {
     std::ofstream(path_).close(); // an empty file is an empty queue
     TestList list;
@@ -104,14 +117,11 @@ TEST_F(ProcessListThreadTest, AddWritesTheHeaderOnceAndRunsInOrder) {
     EXPECT_FALSE(fs::exists(path_));
 
     list.Add(Record("one"));
-    EXPECT_EQ(Bytes(path_), [] {
-        std::vector<uint8_t> expected = Header(1, 0, 1825);
-        const TestRecord record = Record("one");
-        expected.insert(expected.end(), record.name, record.name + kRecord);
-        return expected;
-    }());
     list.Add(Record("two"));
-    EXPECT_EQ(fs::file_size(path_), 8 + 2 * kRecord);
+    const std::vector<uint8_t> bytes = Bytes(path_);
+    ASSERT_EQ(bytes.size(), 8 + 2 * kRecord);
+    EXPECT_EQ(std::vector<uint8_t>(bytes.begin(), bytes.begin() + 8), Header(1, 0, 1825));
+    EXPECT_STREQ(reinterpret_cast<const char*>(bytes.data() + 8 + kRecord), "two");
     Wait(list);
     EXPECT_EQ(gRan, (std::vector<std::string>{"one", "two"}));
     EXPECT_EQ(fs::file_size(path_), 0u);
@@ -122,7 +132,7 @@ TEST_F(ProcessListThreadTest, AddWritesTheHeaderOnceAndRunsInOrder) {
     EXPECT_EQ(gRan.back(), "three");
 }
 
-TEST_F(ProcessListThreadTest, ResumesALeftListAtMostTwiceWithoutProgress) {
+TEST_F(ProcessListThreadTest, ResumesALeftListAndKeepsTheStoppedRequest) {
     WriteList(path_, Header(1, 0, 1825), {"a", "b"});
     TestList list;
     list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
@@ -130,56 +140,46 @@ TEST_F(ProcessListThreadTest, ResumesALeftListAtMostTwiceWithoutProgress) {
     EXPECT_EQ(Bytes(path_)[2], 1); // resumed once
     gAllowed = 1;
     ASSERT_TRUE(WaitFor([] { return gStarted == 2; }));
-    std::vector<uint8_t> bytes = Bytes(path_);
+    const std::vector<uint8_t> bytes = Bytes(path_);
     EXPECT_EQ(bytes.size(), 8 + kRecord);
     EXPECT_EQ(std::vector<uint8_t>(bytes.begin(), bytes.begin() + 8), Header(1, 0, 1825));
     EXPECT_STREQ(reinterpret_cast<const char*>(bytes.data() + 8), "b");
-    // Stopped: the running request stays.
     list.StopThreadNow();
     EXPECT_EQ(Bytes(path_), bytes);
 
-    TestList later;
-    later.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, false);
-    later.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, false);
-    EXPECT_EQ(Bytes(path_)[2], 2);
-    later.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, false);
-    EXPECT_FALSE(fs::exists(path_));
-
+    // "FailCount" raises the number of resumes without progress.
     LUserSettingSet<int>("Settings", "FailCount", 5);
     WriteList(path_, Header(1, 5, 1825), {"a"});
-    later.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, false);
+    TestList().SetListFilePath(path_.c_str(), STOP_KEEP_LIST, false);
     EXPECT_EQ(Bytes(path_)[2], 6);
 }
 
-TEST_F(ProcessListThreadTest, ForeignListsAreDeleted) {
+TEST_F(ProcessListThreadTest, StartUpDeletesForeignDamagedAndTooOftenResumedLists) {
+    struct Case {
+        std::vector<uint8_t> header;
+        std::vector<const char*> records;
+        std::size_t extra;
+    };
+    const Case cases[] = {
+        {Header(2, 0, 1825), {"a"}, 0}, {Header(1, 0, 1824), {"a"}, 0},
+        {Header(1, 0, 0), {"a"}, 0},    {Header(1, 2, 1825), {"a"}, 0}, // resumed twice already
+        {{'a', 'b', 'c'}, {}, 0},       {Header(1, 0, 1825), {}, 100},  // partial head record
+    };
     TestList list;
-    for (const auto& header : {Header(2, 0, 1825), Header(1, 0, 1824), Header(1, 0, 0)}) {
-        WriteList(path_, header, {"a"});
+    for (const Case& c : cases) {
+        WriteList(path_, c.header, c.records, c.extra);
         list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
+        Wait(list);
         EXPECT_FALSE(fs::exists(path_));
     }
-    std::ofstream(path_) << "abc";
-    list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
-    EXPECT_FALSE(fs::exists(path_));
     EXPECT_EQ(gStarted, 0);
-}
 
-TEST_F(ProcessListThreadTest, DamagedTails) {
-    // The partial record after a whole one is dropped with it.
+    // A partial record after a whole one is dropped with it.
     WriteList(path_, Header(1, 0, 1825), {"a"}, 100);
-    TestList list;
-    gAllowed = 1000;
     list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
     Wait(list);
     EXPECT_EQ(gRan, std::vector<std::string>{"a"});
     EXPECT_EQ(fs::file_size(path_), 0u);
-
-    // A partial head record deletes the list.
-    WriteList(path_, Header(1, 0, 1825), {}, 100);
-    list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
-    Wait(list);
-    EXPECT_FALSE(fs::exists(path_));
-    EXPECT_EQ(gRan.size(), 1u);
 }
 
 TEST_F(ProcessListThreadTest, StopBehaviours) {
@@ -193,24 +193,13 @@ TEST_F(ProcessListThreadTest, StopBehaviours) {
         list.Add(Record("second"));
         ASSERT_TRUE(WaitFor([] { return gStarted == 1; }));
         list.StopThreadNow();
-        if (behaviour == STOP_KEEP_LIST)
-            EXPECT_EQ(fs::file_size(path_), 8 + 2 * kRecord);
-        else if (behaviour == STOP_DROP_ITEM)
-            EXPECT_EQ(fs::file_size(path_), 8 + kRecord);
-        else
+        if (behaviour == STOP_DELETE_LIST)
             EXPECT_FALSE(fs::exists(path_));
+        else
+            EXPECT_EQ(fs::file_size(path_), 8 + (behaviour == STOP_KEEP_LIST ? 2 : 1) * kRecord);
     }
     EXPECT_TRUE(gRan.empty());
 }
-
-// Keeps the messages posted to the main window.
-class RecordingTarget : public LMainNotifyTarget {
-public:
-    std::vector<std::tuple<int, std::string, int>> messages;
-    void OnMainNotify(int message, const std::string& text, int value) override {
-        messages.emplace_back(message, text, value);
-    }
-};
 
 TEST_F(ProcessListThreadTest, OverallProgressCountsTheRequestsOfThisRun) {
     LPlainMainQueue queue;
@@ -231,6 +220,44 @@ TEST_F(ProcessListThreadTest, OverallProgressCountsTheRequestsOfThisRun) {
         if (message == WM_NOTIFY_PROGRESS) percents.push_back(value);
     // Half of the first of three is 16 %; the end shows 0.
     EXPECT_EQ(percents, (std::vector<int>{16, 50, 83, 0}));
+}
+
+TEST_F(ProcessListThreadTest, ConvertsARealRequestAndAnnouncesTheOutput) {
+    const fs::path source = home_.Path() / "one.wav";
+    {
+        LPRSourceToSink pump;
+        pump.source = MakeSineSource(22050, 1, 440, 100000, 22050);
+        pump.sink = LWaveFile::OpenSinkPCM(source.c_str(), 22050, 1, 16, 0);
+        RecordingProgress progress;
+        ASSERT_EQ(Process(progress, pump), PROCESS_DONE);
+    }
+    LProcessConvert request;
+    std::snprintf(request.sourcePath, sizeof request.sourcePath, "%s", source.c_str());
+    std::snprintf(request.outputFolder, sizeof request.outputFolder, "%s",
+                  (home_.Path() / "out").c_str());
+    std::snprintf(request.outputExtension, sizeof request.outputExtension, ".wav");
+    request.restore = 0;
+    request.deleteSource = 1;
+
+    LPlainMainQueue queue;
+    RecordingTarget target;
+    gMainNotify.SetTarget(&target, &queue);
+    LProcessListThread<LProcessConvert, MainProcessNotify> list;
+    list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
+    list.Add(request);
+    EXPECT_TRUE(queue.RunUntil([&] { return !list.IsRunning(); }, 10000));
+    queue.RunPending();
+    gMainNotify.SetTarget(nullptr, nullptr);
+
+    const fs::path output = home_.Path() / "out" / "one.wav";
+    std::vector<std::pair<int, std::string>> announced;
+    for (const auto& [message, text, value] : target.messages)
+        if (message != WM_NOTIFY_PROGRESS) announced.emplace_back(message, text);
+    EXPECT_EQ(announced, (std::vector<std::pair<int, std::string>>{
+                             {WM_NOTIFY_FILE, "one.wav"}, {WM_NOTIFY_ADD, output.string()}}));
+    EXPECT_FALSE(fs::exists(source));
+    EXPECT_EQ(LWaveFile::OpenSource(output.c_str())->GetEndSample(), 22050);
+    EXPECT_EQ(fs::file_size(path_), 0u);
 }
 
 TEST(MainNotify, PostsThroughTheMainThreadQueue) {
