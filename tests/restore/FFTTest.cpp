@@ -23,27 +23,6 @@ TEST(FFT, ForwardTransformOfKnownSignalIsScaledByOneOverN) {
     }
 }
 
-TEST(FFT, InverseOfForwardGivesTheSignalBack) {
-    for (unsigned long order : {1ul, 8ul, 12ul}) {
-        LFFT fft(order);
-        const unsigned long n = fft.GetSize();
-        std::mt19937 random(7);
-        std::uniform_real_distribution<double> value(-1000.0, 1000.0);
-        std::vector<double> re(n), im(n);
-        for (unsigned long k = 0; k < n; ++k) {
-            re[k] = value(random);
-            im[k] = value(random);
-        }
-        const std::vector<double> re0 = re, im0 = im;
-        fft.DoFFT(re.data(), im.data());
-        fft.DoInverseFFT(re.data(), im.data());
-        for (unsigned long k = 0; k < n; ++k) {
-            ASSERT_NEAR(re[k], re0[k], 1e-9) << order << " " << k;
-            ASSERT_NEAR(im[k], im0[k], 1e-9) << order << " " << k;
-        }
-    }
-}
-
 namespace {
 
 // The same FIR filter evaluated directly, truncated toward zero like the partitioned one.

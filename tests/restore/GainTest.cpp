@@ -20,9 +20,8 @@ TEST(Gain, WorksInStepsOf1Over512) {
     EXPECT_EQ(Apply(0x1800000), (std::vector<int>{1500, -1500, 4, -5, 786408, -786432, 10}));
     // The fraction below 1/512 is dropped: just under unity is 511/512.
     EXPECT_EQ(Apply(0xFFFFFF), (std::vector<int>{998, -999, 2, -3, 523248, -523264, 6}));
-}
 
-TEST(Gain, UnityIsNoStage) {
+    // Unity, to within the 1/512 steps, adds no stage.
     LSoundSource source = MakeBufferSource(kSamples, 44100, 1);
     EXPECT_EQ(LSPGain().OpenSource(source).Get(), source.Get());
     EXPECT_EQ(LSPGain(0x1007FFF).OpenSource(source).Get(), source.Get());

@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <cstdint>
@@ -63,38 +62,6 @@ const LSRCNoiseGates& Stage(const LSoundSource& source) {
 std::complex<double> FirstStage(double frequency, double a) {
     const std::complex<double> z1 = std::polar(1.0, -2 * std::numbers::pi * frequency / kRate);
     return 1.0 - a * z1 / (1.0 - (1 - a) * z1);
-}
-
-TEST(NoiseGates, ThresholdsBlockLengthAndCoefficients) {
-    const auto thresholds = [](int level) {
-        const LSPNoiseGates gates(static_cast<int8_t>(level));
-        return std::vector<int>(std::begin(gates.thresholds), std::end(gates.thresholds));
-    };
-    EXPECT_EQ(thresholds(-36), (std::vector<int>{-33, -36, -39, -36}));
-    EXPECT_EQ(thresholds(125), (std::vector<int>{127, 125, 122, 125}));
-    EXPECT_EQ(thresholds(-126), (std::vector<int>{-123, -126, -127, -126}));
-
-    // A thirtieth of a second, within 20..8192 frames.
-    const auto blockLen = [](int rate) { return Stage(Gates({}, 1, rate)).GetBlockLen(); };
-    EXPECT_EQ(blockLen(44100), 1470);
-    EXPECT_EQ(blockLen(8000), 266);
-    EXPECT_EQ(blockLen(600), 20);
-    EXPECT_EQ(blockLen(300), 20);
-    EXPECT_EQ(blockLen(245760), 8192);
-    EXPECT_EQ(blockLen(384000), 8192);
-
-    const LSoundSource gates = Gates({}, 2);
-    const int expected[] = {1, 14, 37, 79};
-    for (int band = 0; band < LSRCNoiseGates::kBands; ++band)
-        EXPECT_EQ(Stage(gates).GetCoef(band), expected[band]) << band;
-}
-
-TEST(NoiseGates, DigitalSilenceStaysSilent) {
-    LSoundSource gates = Gates(std::vector<int>(kRate * 2), 2);
-    for (int band = 0; band < LSRCNoiseGates::kBands; ++band)
-        EXPECT_EQ(Stage(gates).GetGain(band), 0);
-    const std::vector<int> output = ReadAll(gates, kRate, 1000);
-    EXPECT_EQ(std::count(output.begin(), output.end(), 0), static_cast<long>(output.size()));
 }
 
 // With every gate open the bands add up to the input less the first stage's low-pass part:
