@@ -34,11 +34,16 @@ LAudioTagData Read(const std::filesystem::path& path) {
     return tags;
 }
 
+// Each test starts from a tagless MP3 file in a private home.
+class MP3Tags : public testing::Test {
+protected:
+    TempHome home_;
+    const std::filesystem::path path_ = MakeMp3(home_.Path());
+};
+
 } // namespace
 
-TEST(MP3Tags, WhatThisSystemWritesOtherProgramsRead) {
-    TempHome home;
-    const auto path = MakeMp3(home.Path());
+TEST_F(MP3Tags, WhatThisSystemWritesOtherProgramsRead) {
     // Our name, ffprobe's name, the value.
     const std::tuple<const char*, const char*, const char*> written[] = {
         {"TITLE", "title", kCafe},
@@ -51,29 +56,27 @@ TEST(MP3Tags, WhatThisSystemWritesOtherProgramsRead) {
     LAudioTagData tags;
     for (const auto& [name, probeName, value] : written)
         tags.SetTag(name, value, true);
-    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
+    ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeAll, false));
 
-    auto probed = FFprobeTags(path);
+    auto probed = FFprobeTags(path_);
     for (const auto& [name, probeName, value] : written)
         EXPECT_EQ(probed[probeName], value) << probeName;
     // The ID3v1 block holds the same texts in ISO-8859-1, the track number and genre 8 (Jazz).
-    const std::string id3v1 = MutagenID3v1(path);
+    const std::string id3v1 = MutagenID3v1(path_);
     for (const std::string& line :
          {std::string("TIT2=") + kCafe, std::string("TPE1=Pina Bausch"), std::string("TRCK=3"),
           std::string("TCON=8"), std::string("TYER=1978")})
         EXPECT_NE(id3v1.find(line + "\n"), std::string::npos) << id3v1;
 
-    const LAudioTagData read = Read(path);
+    const LAudioTagData read = Read(path_);
     EXPECT_EQ(read.GetID3v2Version(), 3);
     for (const LHashTable::LHashNode& node : tags)
         EXPECT_EQ(read.GetTag(node.name.c_str()), node.value) << node.name;
     EXPECT_EQ(read.GetCount(), tags.GetCount());
 }
 
-TEST(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
-    TempHome home;
-    const auto path = MakeMp3(home.Path());
-    const std::vector<uint8_t> audio = ReadFileBytes(path);
+TEST_F(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
+    const std::vector<uint8_t> audio = ReadFileBytes(path_);
     ASSERT_GT(audio.size(), 1000u);
 
     LAudioTagData tags;
@@ -82,12 +85,12 @@ TEST(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
     tags.SetTag("TITLE", longTitle.substr(0, 31).c_str(), true);
     tags.SetTag("TRACKNUMBER", "3/12", true);
     tags.SetTag("GENRE", "rock", true);
-    ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
+    ASSERT_TRUE(tags.WriteTagsMP3(path_.c_str()));
     tags.SetTag("ARTIST", "Someone Else", true);
     tags.SetTag("GENRE", "My Genre", true);
-    ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
+    ASSERT_TRUE(tags.WriteTagsMP3(path_.c_str()));
 
-    const std::vector<uint8_t> bytes = ReadFileBytes(path);
+    const std::vector<uint8_t> bytes = ReadFileBytes(path_);
     const std::size_t tagSize = ID3v2TagSize(bytes);
     ASSERT_EQ(bytes.size(), tagSize + audio.size() + 128);
     EXPECT_TRUE(std::equal(audio.begin(), audio.end(), bytes.begin() + tagSize));
@@ -99,47 +102,43 @@ TEST(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
     EXPECT_EQ(block[126], 3);
     // "My Genre" is no ID3v1 genre: the byte "rock" left stays.
     EXPECT_EQ(block[127], 17);
-    const LAudioTagData read = Read(path);
+    const LAudioTagData read = Read(path_);
     EXPECT_EQ(read.GetTag("TITLE"), longTitle.substr(0, 31));
     EXPECT_EQ(read.GetTag("GENRE"), "My Genre");
     EXPECT_EQ(read.GetTag("TRACKNUMBER"), "3/12");
 
     // Without a genre the byte becomes 148; a genre on a new block that is no ID3v1 genre is 0.
     tags.DeleteParm("GENRE");
-    ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
-    EXPECT_EQ(ReadFileBytes(path).back(), 148);
-    const auto other = MakeMp3(home.Path(), "other.mp3");
+    ASSERT_TRUE(tags.WriteTagsMP3(path_.c_str()));
+    EXPECT_EQ(ReadFileBytes(path_).back(), 148);
+    const auto other = MakeMp3(home_.Path(), "other.mp3");
     tags.SetTag("GENRE", "My Genre", true);
     ASSERT_TRUE(tags.WriteTagsMP3(other.c_str()));
     EXPECT_EQ(ReadFileBytes(other).back(), 0);
 }
 
-TEST(MP3Tags, ID3v2WinsAndID3v1FillsTheGaps) {
-    TempHome home;
-    const auto path = MakeMp3(home.Path());
+TEST_F(MP3Tags, ID3v2WinsAndID3v1FillsTheGaps) {
     LAudioTagData old;
     old.SetTag("TITLE", "Old title", true);
     old.SetTag("YEAR", "1969", true);
-    ASSERT_TRUE(old.WriteTagsID3v1(path.c_str()));
+    ASSERT_TRUE(old.WriteTagsID3v1(path_.c_str()));
     LAudioTagData current;
     current.SetTag("TITLE", "New title", true);
-    ASSERT_TRUE(current.WriteTagsID3v2(path.c_str()));
+    ASSERT_TRUE(current.WriteTagsID3v2(path_.c_str()));
 
-    const LAudioTagData read = Read(path);
+    const LAudioTagData read = Read(path_);
     EXPECT_EQ(read.GetTag("TITLE"), "New title");
     EXPECT_EQ(read.GetTag("YEAR"), "1969");
 }
 
-TEST(MP3Tags, ReadsTagsOfId3libAndReplacesMutagensVersion24) {
-    TempHome home;
-    const auto path = MakeMp3(home.Path());
+TEST_F(MP3Tags, ReadsTagsOfId3libAndReplacesMutagensVersion24) {
     int status = -1;
     RunCommand("id3v2 -a 'The Artist' -A 'The Album' -t 'The Title' -y 1999 -T 3/12 -g 17 "
                "-c 'A comment' " +
-                   ShellQuote(path.string()) + " 2>&1",
+                   ShellQuote(path_.string()) + " 2>&1",
                &status);
     ASSERT_EQ(status, 0);
-    LAudioTagData tags = Read(path);
+    LAudioTagData tags = Read(path_);
     EXPECT_EQ(tags.GetID3v2Version(), 3);
     ExpectTags(tags, {{"TITLE", "The Title"},
                       {"ARTIST", "The Artist"},
@@ -150,7 +149,7 @@ TEST(MP3Tags, ReadsTagsOfId3libAndReplacesMutagensVersion24) {
                       {"COMMENT", "A comment"}});
 
     // Version 2.4 is read only through its ID3v1 block, and writing replaces it with 2.3.
-    const auto v24 = MakeMp3(home.Path(), "v24.mp3");
+    const auto v24 = MakeMp3(home_.Path(), "v24.mp3");
     const std::string saved = RunMutagen("import sys\n"
                                          "from mutagen.id3 import ID3, TIT2, TCOM\n"
                                          "tags = ID3()\n"
@@ -169,51 +168,47 @@ TEST(MP3Tags, ReadsTagsOfId3libAndReplacesMutagensVersion24) {
     EXPECT_EQ(ReadFileBytes(v24)[3], 3);
 }
 
-TEST(MP3Tags, CoverImageIsWrittenAndReadBack) {
-    TempHome home;
-    const auto path = MakeMp3(home.Path());
-    const auto cover = home.Path() / "cover.jpg";
+TEST_F(MP3Tags, CoverImageIsWrittenAndReadBack) {
+    const auto cover = home_.Path() / "cover.jpg";
     RunCommand("ffmpeg -v error -f lavfi -i color=red:s=16x16 -frames:v 1 " +
                ShellQuote(cover.string()) + " 2>&1");
     ASSERT_TRUE(std::filesystem::exists(cover));
     LAudioTagData tags;
     tags.SetTag("TITLE", "With cover", true);
     tags.SetImagePath(cover.string());
-    ASSERT_TRUE(tags.WriteTagsMP3(path.c_str()));
+    ASSERT_TRUE(tags.WriteTagsMP3(path_.c_str()));
 
     const std::string streams = RunCommand("ffprobe -v error -show_entries stream=codec_name "
                                            "-of default=nw=1 " +
-                                           ShellQuote(path.string()));
+                                           ShellQuote(path_.string()));
     EXPECT_NE(streams.find("codec_name=mjpeg"), std::string::npos) << streams;
-    const LAudioTagData read = Read(path);
+    const LAudioTagData read = Read(path_);
     EXPECT_EQ(read.GetImagePath(), LID3v2CoverImagePath());
     EXPECT_EQ(ReadFileBytes(read.GetImagePath()), ReadFileBytes(cover));
 }
 
-TEST(MP3Tags, DamagedOrMissingFilesFailAndLoseNothing) {
-    TempHome home;
-    const auto path = MakeMp3(home.Path());
-    const std::vector<uint8_t> audio = ReadFileBytes(path);
+TEST_F(MP3Tags, DamagedOrMissingFilesFailAndLoseNothing) {
+    const std::vector<uint8_t> audio = ReadFileBytes(path_);
     // A tag whose size runs past the end of the file.
     std::vector<uint8_t> bytes{'I', 'D', '3', 3, 0, 0, 0x7F, 0x7F, 0x7F, 0x7F};
     bytes.insert(bytes.end(), audio.begin(), audio.end());
-    WriteFileBytes(path, bytes);
+    WriteFileBytes(path_, bytes);
     LAudioTagData tags;
-    EXPECT_FALSE(tags.ReadTags(path.c_str(), tagModeAll));
+    EXPECT_FALSE(tags.ReadTags(path_.c_str(), tagModeAll));
     EXPECT_TRUE(tags.IsEmpty());
     tags.SetTag("TITLE", "Repaired", true);
-    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
-    const std::vector<uint8_t> written = ReadFileBytes(path);
+    ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeAll, false));
+    const std::vector<uint8_t> written = ReadFileBytes(path_);
     const std::size_t tagSize = ID3v2TagSize(written);
     ASSERT_EQ(written.size(), tagSize + bytes.size() + 128);
     EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), written.begin() + tagSize));
-    EXPECT_EQ(Read(path).GetTag("TITLE"), "Repaired");
+    EXPECT_EQ(Read(path_).GetTag("TITLE"), "Repaired");
 
-    const auto missing = home.Path() / "missing.mp3";
+    const auto missing = home_.Path() / "missing.mp3";
     EXPECT_FALSE(tags.ReadTags(missing.c_str(), tagModeAll));
     EXPECT_FALSE(tags.WriteTags(missing.c_str(), tagModeAll, false));
     EXPECT_FALSE(std::filesystem::exists(missing));
-    const auto text = home.Path() / "notes.txt";
+    const auto text = home_.Path() / "notes.txt";
     WriteFileBytes(text, {'h', 'i'});
     EXPECT_FALSE(tags.WriteTags(text.c_str(), tagModeAll, false));
     EXPECT_EQ(ReadFileBytes(text).size(), 2u);

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -47,19 +48,14 @@ inline std::map<std::string, std::string> FFprobeTags(const std::filesystem::pat
         RunCommand("ffprobe -v error -show_entries format_tags -of default=noprint_wrappers=1 " +
                    ShellQuote(path.string()));
     std::map<std::string, std::string> tags;
-    std::size_t start = 0;
-    while (start < output.size()) {
-        std::size_t end = output.find('\n', start);
-        if (end == std::string::npos) end = output.size();
-        const std::string line = output.substr(start, end - start);
+    std::istringstream lines(output);
+    for (std::string line; std::getline(lines, line);) {
         const std::size_t equals = line.find('=');
-        if (line.starts_with("TAG:") && equals != std::string::npos) {
-            std::string name = line.substr(4, equals - 4);
-            for (char& c : name)
-                c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-            tags[name] = line.substr(equals + 1);
-        }
-        start = end + 1;
+        if (!line.starts_with("TAG:") || equals == std::string::npos) continue;
+        std::string name = line.substr(4, equals - 4);
+        for (char& c : name)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        tags[name] = line.substr(equals + 1);
     }
     return tags;
 }

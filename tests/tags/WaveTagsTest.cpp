@@ -84,17 +84,22 @@ LAudioTagData Read(const std::filesystem::path& path, int mode) {
     return tags;
 }
 
+// Each test starts from a tagless wave file in a private home.
+class WaveTags : public testing::Test {
+protected:
+    TempHome home_;
+    const std::filesystem::path path_ = MakeWave(home_.Path());
+};
+
 } // namespace
 
-TEST(WaveListInfo, WhatThisSystemWritesFFprobeAndSoxRead) {
-    TempHome home;
-    const auto path = MakeWave(home.Path());
-    const std::vector<uint8_t> samples = Samples(path);
+TEST_F(WaveTags, ListInfoWhatThisSystemWritesFFprobeAndSoxRead) {
+    const std::vector<uint8_t> samples = Samples(path_);
     ASSERT_FALSE(samples.empty());
     const LAudioTagData tags = SampleTags();
-    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeListInfo, false));
+    ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeListInfo, false));
 
-    auto probed = FFprobeTags(path);
+    auto probed = FFprobeTags(path_);
     for (const auto& [name, probeName] : {std::pair{"TITLE", "title"},
                                           {"ARTIST", "artist"},
                                           {"ALBUM", "album"},
@@ -103,18 +108,16 @@ TEST(WaveListInfo, WhatThisSystemWritesFFprobeAndSoxRead) {
                                           {"GENRE", "genre"},
                                           {"COMMENT", "comment"}})
         EXPECT_EQ(probed[probeName], tags.GetTag(name)) << probeName;
-    EXPECT_EQ(Samples(path), samples);
-    EXPECT_EQ(RunCommand("soxi -s " + ShellQuote(path.string())), "22050\n");
-    const std::vector<uint8_t> bytes = ReadFileBytes(path);
+    EXPECT_EQ(Samples(path_), samples);
+    EXPECT_EQ(RunCommand("soxi -s " + ShellQuote(path_.string())), "22050\n");
+    const std::vector<uint8_t> bytes = ReadFileBytes(path_);
     EXPECT_EQ(Field32(bytes, 4), bytes.size() - 8);
 }
 
-TEST(WaveListInfo, ReadsWhatFFmpegWrote) {
-    TempHome home;
-    const auto source = MakeWave(home.Path());
-    const auto path = home.Path() / "ffmpeg.wav";
+TEST_F(WaveTags, ListInfoReadsWhatFFmpegWrote) {
+    const auto path = home_.Path() / "ffmpeg.wav";
     int status = -1;
-    RunCommand("ffmpeg -v error -i " + ShellQuote(source.string()) + " -metadata title=" +
+    RunCommand("ffmpeg -v error -i " + ShellQuote(path_.string()) + " -metadata title=" +
                    ShellQuote(kCafe) + " -metadata artist=Someone -metadata date=2001 " +
                    "-metadata genre=Folk -metadata comment=Remastered -c copy " +
                    ShellQuote(path.string()) + " 2>&1",
@@ -134,43 +137,44 @@ TEST(WaveListInfo, ReadsWhatFFmpegWrote) {
     tags.SetTag("TITLE", "Changed", true);
     ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeListInfo, false));
     EXPECT_EQ(FFprobeTags(path)["title"], "Changed");
-    EXPECT_EQ(Samples(path), Samples(source));
+    EXPECT_EQ(Samples(path), Samples(path_));
 }
 
-TEST(WaveListInfo, RewritesInPlaceWhenTheSizeIsUnchangedAndAppendsOtherwise) {
-    TempHome home;
-    const auto path = MakeWave(home.Path());
+TEST_F(WaveTags, ListInfoRewritesInPlaceWhenTheSizeIsUnchangedAndAppendsOtherwise) {
     LAudioTagData tags = SampleTags();
-    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    const std::vector<uint8_t> first = ReadFileBytes(path);
-    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    EXPECT_EQ(ReadFileBytes(path), first);
+    ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
+    const std::vector<uint8_t> first = ReadFileBytes(path_);
+    ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
+    EXPECT_EQ(ReadFileBytes(path_), first);
 
     tags.SetTag("TITLE", "A much longer title than before", true);
-    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    EXPECT_EQ(ChunkIds(path),
+    ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
+    EXPECT_EQ(ChunkIds(path_),
               (std::vector<std::string>{"fmt ", "data", "    ", "    ", "LIST", "DISP"}));
-    EXPECT_EQ(FFprobeTags(path)["title"], "A much longer title than before");
-    EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TITLE"), "A much longer title than before");
+    EXPECT_EQ(FFprobeTags(path_)["title"], "A much longer title than before");
+    EXPECT_EQ(Read(path_, tagModeListInfo).GetTag("TITLE"), "A much longer title than before");
 
     // The first tags fit the first fillers again.
-    const std::size_t size = ReadFileBytes(path).size();
+    const std::size_t size = ReadFileBytes(path_).size();
     tags.SetTag("TITLE", kCafe, true);
-    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    EXPECT_EQ(ReadFileBytes(path).size(), size);
-    EXPECT_EQ(ChunkIds(path),
+    ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
+    EXPECT_EQ(ReadFileBytes(path_).size(), size);
+    EXPECT_EQ(ChunkIds(path_),
               (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "    ", "    "}));
-    EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TITLE"), kCafe);
+    EXPECT_EQ(Read(path_, tagModeListInfo).GetTag("TITLE"), kCafe);
+
+    // A long value is cut so that it reads back as written.
+    tags.SetTag("COMMENT", std::string(259, 'c').c_str(), true);
+    ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
+    EXPECT_EQ(Read(path_, tagModeListInfo).GetTag("COMMENT"), std::string(257, 'c'));
 }
 
-TEST(WaveListInfo, DamagedAndLargeLists) {
-    TempHome home;
-    const auto path = home.Path() / "list.wav";
+TEST_F(WaveTags, ListInfoDamagedAndLarge) {
     const auto format = [] { return RiffBuilder().Format(1, 1, 44100, 16); };
-    WriteWave(path, format().Chunk("LIST", Text("INFO" + InfoEntry("INAM", "Fine") +
-                                                InfoEntry("ICMT", std::string(299, 'x')))));
+    WriteWave(path_, format().Chunk("LIST", Text("INFO" + InfoEntry("INAM", "Fine") +
+                                                 InfoEntry("ICMT", std::string(299, 'x')))));
     LAudioTagData tags;
-    EXPECT_FALSE(tags.ReadTagsWAV(path.c_str(), true));
+    EXPECT_FALSE(tags.ReadTagsWAV(path_.c_str(), true));
 
     // 900 bytes of short entries, an unknown entry and a list of another type.
     std::string info = "INFO";
@@ -179,42 +183,27 @@ TEST(WaveListInfo, DamagedAndLargeLists) {
     info += InfoEntry("IXYZ", "unknown") + InfoEntry("INAM", "Title");
     ASSERT_GT(info.size(), 900u);
     WriteWave(
-        path,
+        path_,
         format().Chunk("LIST", Text("adtllabl" + std::string(8, '\0'))).Chunk("LIST", Text(info)));
     tags.Clear();
-    EXPECT_FALSE(tags.ReadTagsWAV(path.c_str(), true)); // no DISP
+    EXPECT_FALSE(tags.ReadTagsWAV(path_.c_str(), true)); // no DISP
     ExpectTags(tags, {{"COMMENT", "comment 59"}, {"NULL", "unknown"}, {"TITLE", "Title"}});
     // Writing leaves the label list alone.
-    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    EXPECT_EQ(ChunkIds(path),
+    ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
+    EXPECT_EQ(ChunkIds(path_),
               (std::vector<std::string>{"fmt ", "LIST", "    ", "data", "LIST", "DISP"}));
 
     // A list larger than the file.
-    WriteWave(path, format().Chunk("LIST", Text("INFO" + InfoEntry("INAM", "Fine")), 0x7F0000FF));
-    EXPECT_FALSE(tags.ReadTagsWAV(path.c_str(), true));
+    WriteWave(path_, format().Chunk("LIST", Text("INFO" + InfoEntry("INAM", "Fine")), 0x7F0000FF));
+    EXPECT_FALSE(tags.ReadTagsWAV(path_.c_str(), true));
     // A file without a wave form.
-    WriteFileBytes(path, {'R', 'I', 'F', 'F', 4, 0, 0, 0, 'A', 'V', 'I', ' '});
-    EXPECT_FALSE(tags.ReadTags(path.c_str(), tagModeAll));
-    EXPECT_FALSE(tags.WriteTags(path.c_str(), tagModeAll, false));
-    EXPECT_EQ(ReadFileBytes(path).size(), 12u);
+    WriteFileBytes(path_, {'R', 'I', 'F', 'F', 4, 0, 0, 0, 'A', 'V', 'I', ' '});
+    EXPECT_FALSE(tags.ReadTags(path_.c_str(), tagModeAll));
+    EXPECT_FALSE(tags.WriteTags(path_.c_str(), tagModeAll, false));
+    EXPECT_EQ(ReadFileBytes(path_).size(), 12u);
 }
 
-TEST(WaveListInfo, LongValuesAreCutSoThatTheyReadBack) {
-    TempHome home;
-    const auto path = MakeWave(home.Path());
-    LAudioTagData tags;
-    tags.SetTag("COMMENT", std::string(259, 'c').c_str(), true);
-    tags.SetTag("ORIGINATOR", "bext only", true);
-    ASSERT_TRUE(tags.WriteTagsWav(path.c_str()));
-    LAudioTagData read;
-    EXPECT_TRUE(read.ReadTagsWAV(path.c_str(), true));
-    EXPECT_EQ(read.GetTag("COMMENT"), std::string(257, 'c'));
-    EXPECT_FALSE(read.HasParm("ORIGINATOR"));
-}
-
-TEST(WaveBext, RoundTripWithCodingHistory) {
-    TempHome home;
-    const auto path = MakeWave(home.Path());
+TEST_F(WaveTags, BextRoundTripWithCodingHistory) {
     std::string umid;
     for (int i = 0; i < 64; ++i)
         umid += std::to_string((i * 37) % 256) + ",";
@@ -229,17 +218,17 @@ TEST(WaveBext, RoundTripWithCodingHistory) {
     for (const auto& [name, value] : fields)
         tags.SetTag(name, value.c_str(), true);
     tags.SetTag("BWFVERSION", "7", true);
-    ASSERT_TRUE(tags.WriteTagsBWF(path.c_str(), true));
+    ASSERT_TRUE(tags.WriteTagsBWF(path_.c_str(), true));
 
     LAudioTagData read;
-    ASSERT_TRUE(read.ReadTags(path.c_str(), tagModeBWF));
+    ASSERT_TRUE(read.ReadTags(path_.c_str(), tagModeBWF));
     for (const auto& [name, value] : fields)
         EXPECT_EQ(read.GetTag(name), value) << name;
     const std::string line = "A=Microsoft PCM Format F=44100 W=16 M=stereo\r\n";
     ExpectTags(read, {{"TIMEREFHIGH", "0"}, {"BWFVERSION", "1"}, {"CODINGHISTORY", line}});
 
     // ffmpeg shows the originator as "encoded_by" and the date as "date".
-    auto probed = FFprobeTags(path);
+    auto probed = FFprobeTags(path_);
     EXPECT_EQ(probed["comment"], "Side one of the record");
     EXPECT_EQ(probed["encoded_by"], "Vinora");
     EXPECT_EQ(probed["date"], "2024-05-01");
@@ -248,20 +237,18 @@ TEST(WaveBext, RoundTripWithCodingHistory) {
               0u);
 
     // Copying the tags to another file adds a line to the history read.
-    const auto copy = MakeWave(home.Path(), "copy.wav");
+    const auto copy = MakeWave(home_.Path(), "copy.wav");
     ASSERT_TRUE(read.WriteTagsBWF(copy.c_str(), true));
     EXPECT_EQ(Read(copy, tagModeBWF).GetTag("CODINGHISTORY"), line + line);
 
     // Unchanged tags go back into the same chunk.
-    const std::vector<uint8_t> before = ReadFileBytes(path);
-    ASSERT_TRUE(read.WriteTagsBWF(path.c_str(), false));
-    EXPECT_EQ(ReadFileBytes(path), before);
-    EXPECT_EQ(ChunkIds(path), (std::vector<std::string>{"fmt ", "data", "bext"}));
+    const std::vector<uint8_t> before = ReadFileBytes(path_);
+    ASSERT_TRUE(read.WriteTagsBWF(path_.c_str(), false));
+    EXPECT_EQ(ReadFileBytes(path_), before);
+    EXPECT_EQ(ChunkIds(path_), (std::vector<std::string>{"fmt ", "data", "bext"}));
 }
 
-TEST(WaveCart, FieldsPostTimersAndTagText) {
-    TempHome home;
-    const auto path = MakeWave(home.Path());
+TEST_F(WaveTags, CartFieldsPostTimersAndTagText) {
     LAudioTagData tags;
     tags.SetTag("TITLE", kCafe, true);
     tags.SetTag("CUTID", "CUT42", true);
@@ -272,9 +259,9 @@ TEST(WaveCart, FieldsPostTimersAndTagText) {
     tags.SetTag("POSTTIMER1VALUE", "44100", true);
     tags.SetTag("URL", "http://example.org/cart", true);
     tags.SetParmBottom("TAGTEXT", std::string(400, 't').c_str());
-    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeCART, false));
+    ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeCART, false));
 
-    const std::vector<uint8_t> bytes = ReadFileBytes(path);
+    const std::vector<uint8_t> bytes = ReadFileBytes(path_);
     const Chunk cart = Chunks(bytes).back();
     ASSERT_EQ(cart.id, "cart");
     EXPECT_EQ(cart.size, 2048u + 400 + 1);
@@ -284,7 +271,7 @@ TEST(WaveCart, FieldsPostTimersAndTagText) {
               std::string("SEG\0", 4));
 
     LAudioTagData read;
-    ASSERT_TRUE(read.ReadTags(path.c_str(), tagModeCART));
+    ASSERT_TRUE(read.ReadTags(path_.c_str(), tagModeCART));
     for (const LHashTable::LHashNode& node : tags)
         if (node.name != "POSTTIMER1USAGE") {
             EXPECT_EQ(read.GetTag(node.name.c_str()), node.value) << node.name;
@@ -293,38 +280,34 @@ TEST(WaveCart, FieldsPostTimersAndTagText) {
                {{"CARTVERSION", "0101"}, {"POSTTIMER1USAGE", "SEG"}, {"POSTTIMER2VALUE", "0"}});
 }
 
-TEST(WaveTags, AllModeWritesEveryChunkAndReadsThemBack) {
-    TempHome home;
-    const auto path = MakeWave(home.Path());
-    const std::vector<uint8_t> samples = Samples(path);
+TEST_F(WaveTags, AllModeWritesEveryChunkAndReadsThemBack) {
+    const std::vector<uint8_t> samples = Samples(path_);
     LAudioTagData tags = SampleTags();
     tags.SetTag("ORIGINATOR", "Vinora", true);
-    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
-    ASSERT_TRUE(tags.WriteTags(path.c_str(), tagModeAll, false));
-    EXPECT_EQ(ChunkIds(path),
+    ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeAll, false));
+    ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeAll, false));
+    EXPECT_EQ(ChunkIds(path_),
               (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "bext", "cart"}));
-    EXPECT_EQ(Samples(path), samples);
+    EXPECT_EQ(Samples(path_), samples);
 
-    const LAudioTagData read = Read(path, tagModeAll);
+    const LAudioTagData read = Read(path_, tagModeAll);
     for (const LHashTable::LHashNode& node : tags)
         EXPECT_EQ(read.GetTag(node.name.c_str()), node.value) << node.name;
     EXPECT_EQ(read.GetTag("CARTVERSION"), "0101");
     EXPECT_EQ(read.GetTag("BWFVERSION"), "1");
     // Only LIST INFO: nothing of the other chunks.
-    EXPECT_FALSE(Read(path, tagModeListInfo).HasParm("ORIGINATOR"));
+    EXPECT_FALSE(Read(path_, tagModeListInfo).HasParm("ORIGINATOR"));
 
     // Written with the file name as title and a track number; the store stays as it was.
-    ASSERT_TRUE(tags.WriteTags(path.c_str(), true, 5));
+    ASSERT_TRUE(tags.WriteTags(path_.c_str(), true, 5));
     EXPECT_EQ(tags.GetTag("TITLE"), kCafe);
-    EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TITLE"), "tone");
-    EXPECT_EQ(Read(path, tagModeCART).GetTag("TITLE"), "tone");
-    EXPECT_EQ(Read(path, tagModeListInfo).GetTag("TRACKNUMBER"), "5");
+    EXPECT_EQ(Read(path_, tagModeListInfo).GetTag("TITLE"), "tone");
+    EXPECT_EQ(Read(path_, tagModeCART).GetTag("TITLE"), "tone");
+    EXPECT_EQ(Read(path_, tagModeListInfo).GetTag("TRACKNUMBER"), "5");
 }
 
-TEST(WaveTags, OperationsOfTwoThreadsNeverMixTheSharedRecords) {
-    TempHome home;
-    const std::filesystem::path paths[2] = {MakeWave(home.Path(), "a.wav"),
-                                            MakeWave(home.Path(), "b.wav")};
+TEST_F(WaveTags, OperationsOfTwoThreadsNeverMixTheSharedRecords) {
+    const std::filesystem::path paths[2] = {path_, MakeWave(home_.Path(), "b.wav")};
     int mixed[2] = {0, 0};
     const auto run = [&](int which) {
         const std::string name = which == 0 ? "First" : "Second one";
