@@ -18,11 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string ReadFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 bool IsExecutableByAll(const fs::path& path) {
     constexpr fs::perms all =
         fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;

@@ -5,6 +5,8 @@
 #include <arpa/inet.h>
 #include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <mutex>
 #include <netinet/in.h>
@@ -120,6 +122,12 @@ private:
     std::vector<int> held_;
     std::thread thread_;
 };
+
+// The whole contents of a file, as bytes.
+inline std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
 
 // A job interface that asks the job to stop once a time has passed, and keeps the progress
 // and status it is given.
