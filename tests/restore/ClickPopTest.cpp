@@ -158,6 +158,24 @@ std::vector<Span> AddClicks(std::vector<int>& input, int channels, const std::ve
     return spans;
 }
 
+TEST(ClickPop, BlockSizesFollowTheRateAndClickWidth) {
+    struct Case {
+        int rate, maxWidthUs;
+        int blockLen, lag, maxWidth, step;
+    };
+    for (const Case& c : {Case{8000, 450, 80, 1, 4, 74}, Case{44100, 450, 441, 3, 19, 416},
+                          Case{48000, 450, 480, 3, 21, 453}, Case{96000, 450, 960, 5, 43, 907},
+                          // So wide a click makes the analysis block twice its width.
+                          Case{44100, 10000, 882, 3, 441, 882 - 441 - 6}}) {
+        LSoundSource source = MakeBufferSource({}, c.rate, 2);
+        const LSRCClickPop stage(source, 35, c.maxWidthUs);
+        EXPECT_EQ(stage.GetBlockLen(), c.blockLen) << c.rate;
+        EXPECT_EQ(stage.GetLag(), c.lag) << c.rate;
+        EXPECT_EQ(stage.GetMaxWidth(), c.maxWidth) << c.rate;
+        EXPECT_EQ(stage.GetStep(), c.step) << c.rate;
+    }
+}
+
 // Clicks in quiet audio across three seconds (the held second of audio is moved on twice) and
 // in loud music, in both channels at different places and once at the same frame: each is
 // bridged by one straight line, and nothing else changes. The same holds for mono at 8 kHz,

@@ -53,7 +53,9 @@ TEST(HighPass, FiltersEachChannelOnItsOwnAcrossReadsAndForgetsOnSeek) {
     EXPECT_EQ(ReadAll(filtered, frames, 4000), out);
 }
 
-TEST(HighPass, ChainStepDefaultsTo150HertzAndKeepsAnErrorSource) {
+TEST(HighPass, CutoffDefaultsAndChainStep) {
+    EXPECT_EQ(LHighPassIIR2(0, kRate, 1).GetCutoff(), 10);
+
     RecordingProgress progress;
     LSoundSource source = MakeBufferSource({0, 0}, 22050, 2);
     ASSERT_EQ(ProcessLowCutFilter(progress, source, 0), PROCESS_DONE);

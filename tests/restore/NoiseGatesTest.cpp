@@ -64,6 +64,34 @@ std::complex<double> FirstStage(double frequency, double a) {
     return 1.0 - a * z1 / (1.0 - (1 - a) * z1);
 }
 
+TEST(NoiseGates, ThresholdsBlockLengthCoefficientsAndSilence) {
+    const auto thresholds = [](int level) {
+        const LSPNoiseGates gates(static_cast<int8_t>(level));
+        return std::vector<int>(std::begin(gates.thresholds), std::end(gates.thresholds));
+    };
+    EXPECT_EQ(thresholds(-36), (std::vector<int>{-33, -36, -39, -36}));
+    EXPECT_EQ(thresholds(125), (std::vector<int>{127, 125, 122, 125}));
+    EXPECT_EQ(thresholds(-126), (std::vector<int>{-123, -126, -127, -126}));
+
+    // A thirtieth of a second, within 20..8192 frames.
+    const auto blockLen = [](int rate) { return Stage(Gates({}, 1, rate)).GetBlockLen(); };
+    EXPECT_EQ(blockLen(44100), 1470);
+    EXPECT_EQ(blockLen(8000), 266);
+    EXPECT_EQ(blockLen(600), 20);
+    EXPECT_EQ(blockLen(245760), 8192);
+
+    const LSoundSource gates = Gates({}, 2);
+    const int expected[] = {1, 14, 37, 79};
+    for (int band = 0; band < LSRCNoiseGates::kBands; ++band)
+        EXPECT_EQ(Stage(gates).GetCoef(band), expected[band]) << band;
+
+    // Digital silence keeps every gate shut and stays silent.
+    LSoundSource silence = Gates(std::vector<int>(kRate, 0), 2);
+    EXPECT_EQ(ReadAll(silence, kRate / 2, 1000), std::vector<int>(kRate, 0));
+    for (int band = 0; band < LSRCNoiseGates::kBands; ++band)
+        EXPECT_EQ(Stage(silence).GetGain(band), 0);
+}
+
 // With every gate open the bands add up to the input less the first stage's low-pass part:
 // a first-order high-pass near 27 Hz that takes about 4.6 dB off a 20 Hz tone.
 TEST(NoiseGates, OpenGatesPassTheInputThroughTheFirstStageHighPass) {
