@@ -1,7 +1,7 @@
+#include "cli/CliMainLoop.h"
 #include "cli/Commands.h"
 
 #include "codecs/WaveFile.h"
-#include "jobs/PlainMainQueue.h"
 #include "platform/devices/SoundDevices.h"
 #include "record/SoundRecordDevice.h"
 #include "record/SoundRecorder.h"
@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -28,12 +27,6 @@ constexpr const char* kUsage =
 constexpr int kSampleRate = 44100;
 constexpr unsigned char kChannels = 2;
 constexpr int kSilenceTimeMs = 4000;
-
-volatile std::sig_atomic_t gInterrupted = 0;
-
-extern "C" void OnCaptureInterrupt(int) {
-    gInterrupted = 1;
-}
 
 struct CaptureOptions {
     std::string path;
@@ -117,28 +110,6 @@ private:
     bool waiting_ = false;
 };
 
-// Catches Ctrl+C and SIGTERM for the lifetime of the object, so that the file is finished.
-class InterruptGuard {
-public:
-    InterruptGuard() {
-        gInterrupted = 0;
-        struct sigaction action = {};
-        action.sa_handler = OnCaptureInterrupt;
-        sigaction(SIGINT, &action, &oldInt_);
-        sigaction(SIGTERM, &action, &oldTerm_);
-    }
-    ~InterruptGuard() {
-        sigaction(SIGINT, &oldInt_, nullptr);
-        sigaction(SIGTERM, &oldTerm_, nullptr);
-    }
-    InterruptGuard(const InterruptGuard&) = delete;
-    InterruptGuard& operator=(const InterruptGuard&) = delete;
-
-private:
-    struct sigaction oldInt_ = {};
-    struct sigaction oldTerm_ = {};
-};
-
 } // namespace
 
 int CliCapture(const CliArgs& args) {
@@ -170,9 +141,7 @@ int CliCapture(const CliArgs& args) {
         return 2;
     }
 
-    InterruptGuard interrupts;
-    LPlainMainQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
+    CliMainLoop loop;
     int result = 0;
     {
         CaptureNotify notify;
@@ -187,9 +156,7 @@ int CliCapture(const CliArgs& args) {
                          error.empty() ? "it did not answer" : error.c_str());
             result = 2;
         } else {
-            while (!notify.stopped && !gInterrupted)
-                queue.RunUntil([&] { return notify.stopped || gInterrupted != 0; }, 100);
-            if (!notify.stopped) {
+            if (!loop.Run([&] { return notify.stopped; })) {
                 recorder.Stop();
                 result = 1;
             }
@@ -198,7 +165,6 @@ int CliCapture(const CliArgs& args) {
         // The last handle: the file gets its final header.
         sink.Close();
     }
-    LMainThreadQueue::SetCurrent(nullptr);
     if (result == 2) {
         // Nothing was recorded: leave no empty file behind.
         std::remove(options.path.c_str());

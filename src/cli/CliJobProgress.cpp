@@ -1,31 +1,16 @@
 #include "cli/CliJobProgress.h"
 
-#include <csignal>
 #include <cstdio>
 #include <unistd.h>
 
-namespace {
-
-volatile std::sig_atomic_t gInterrupted = 0;
-
-void OnInterrupt(int) {
-    gInterrupted = 1;
-}
-
-} // namespace
-
-CliJobProgress::CliJobProgress() : terminal_(isatty(STDERR_FILENO) == 1) {
-    gInterrupted = 0;
-    std::signal(SIGINT, OnInterrupt);
-}
+CliJobProgress::CliJobProgress() : terminal_(isatty(STDERR_FILENO) == 1) {}
 
 CliJobProgress::~CliJobProgress() {
-    std::signal(SIGINT, SIG_DFL);
     if (shown_) std::fputc('\n', stderr);
 }
 
 bool CliJobProgress::IsToStop() {
-    return gInterrupted != 0;
+    return CliInterrupted();
 }
 
 void CliJobProgress::SetStatus(const char* text, int line) {

@@ -1,11 +1,10 @@
 #include "cli/CliAudioFiles.h"
+#include "cli/CliMainLoop.h"
 #include "cli/Commands.h"
 
-#include "jobs/PlainMainQueue.h"
 #include "play/SoundPlayDevice.h"
 #include "play/SoundPlayer.h"
 
-#include <csignal>
 #include <cstdio>
 #include <string>
 #include <unistd.h>
@@ -17,41 +16,6 @@ constexpr const char* kUsage =
     "  NAME is an output device's name or its sound server name; without it the output chosen\n"
     "  in the player is used, else the default output\n";
 constexpr const char* kCannotPlay = "Cannot play the selected file.";
-// How often the main loop looks at Ctrl+C while nothing is posted.
-constexpr unsigned int kPollMs = 100;
-
-volatile std::sig_atomic_t gInterrupted = 0;
-
-extern "C" void OnInterrupt(int) {
-    gInterrupted = 1;
-}
-
-// Makes a queue the main-thread queue for its lifetime, and lets Ctrl+C ask for a stop.
-class CliMainLoop {
-public:
-    CliMainLoop() {
-        LMainThreadQueue::SetCurrent(&queue_);
-        gInterrupted = 0;
-        std::signal(SIGINT, OnInterrupt);
-    }
-    ~CliMainLoop() {
-        std::signal(SIGINT, SIG_DFL);
-        LMainThreadQueue::SetCurrent(nullptr);
-    }
-    CliMainLoop(const CliMainLoop&) = delete;
-    CliMainLoop& operator=(const CliMainLoop&) = delete;
-
-    // Runs posted calls until `done()` or Ctrl+C; returns false for Ctrl+C.
-    template <typename Done> bool Run(Done done) {
-        while (!gInterrupted)
-            if (queue_.RunUntil(done, kPollMs)) return true;
-        return false;
-    }
-
-private:
-    LPlainMainQueue queue_;
-};
-
 // Shows the position on stderr when it is a terminal, and notes the end.
 class CliPlayListener : public LSoundPlayerNotify {
 public:
