@@ -5,8 +5,8 @@
 
 #include "codecs/WaveFile.h"
 #include "jobs/PlainMainQueue.h"
-#include "platform/devices/DemoSide.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/DemoSide.h"
+#include "devices/SoundDevices.h"
 #include "record/SoundRecorder.h"
 
 #include <chrono>

@@ -2,7 +2,7 @@
 #include "cli/Commands.h"
 
 #include "codecs/WaveFile.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 #include "record/SoundRecordDevice.h"
 #include "record/SoundRecorder.h"
 

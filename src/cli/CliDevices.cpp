@@ -1,6 +1,6 @@
 #include "cli/Commands.h"
 
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 
 #include <cstdio>
 

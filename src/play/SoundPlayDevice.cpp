@@ -1,7 +1,7 @@
 #include "play/SoundPlayDevice.h"
 
 #include "platform/Settings.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 
 #include <cstring>
 

@@ -2,7 +2,7 @@
 
 #include "jobs/MessageQueue.h"
 #include "jobs/SignalObject.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 #include "play/SoundPlayDevice.h"
 #include "sound/DB.h"
 #include "sound/SoundSource.h"

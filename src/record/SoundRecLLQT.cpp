@@ -1,6 +1,6 @@
 #include "record/SoundRecLLQT.h"
 
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 #include "sound/ConvertRateChannels.h"
 
 #include <algorithm>

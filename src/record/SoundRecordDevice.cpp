@@ -1,7 +1,7 @@
 #include "record/SoundRecordDevice.h"
 
 #include "platform/Settings.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "record/SoundRecordDeviceChoice.h"
 
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "platform/devices/DemoSide.h"
+#include "devices/DemoSide.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "codecs/WaveFile.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 
 #include <chrono>
 #include <condition_variable>

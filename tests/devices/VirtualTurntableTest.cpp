@@ -1,6 +1,6 @@
 #include "codecs/MP3File.h"
 #include "devices/DeviceTestUtil.h"
-#include "platform/devices/VirtualDeviceSetting.h"
+#include "devices/VirtualDeviceSetting.h"
 #include "support/TempHome.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "codecs/WaveFile.h"
-#include "platform/devices/DemoSide.h"
+#include "devices/DemoSide.h"
 
 #include "support/PulseServer.h"
 #include "support/TempHome.h"

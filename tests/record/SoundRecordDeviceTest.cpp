@@ -1,6 +1,6 @@
 #include "record/SoundRecordDevice.h"
 #include "platform/Settings.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 #include "record/SoundRecLLQT.h"
 #include "record/SoundRecordDeviceChoice.h"
 

@@ -1,7 +1,7 @@
 #include "record/SoundRecorder.h"
 #include "codecs/WaveFile.h"
 #include "jobs/PlainMainQueue.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 
 #include "support/CaptureSink.h"
 #include "support/TempHome.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 #include "sound/SoundSource.h"
 
 #include <atomic>

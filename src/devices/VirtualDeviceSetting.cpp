@@ -1,4 +1,4 @@
-#include "platform/devices/VirtualDeviceSetting.h"
+#include "devices/VirtualDeviceSetting.h"
 
 #include <cmath>
 #include <cstdlib>

@@ -1,8 +1,8 @@
-#include "platform/devices/VirtualTurntable.h"
+#include "devices/VirtualTurntable.h"
 
 #include "codecs/AudioFileSource.h"
-#include "platform/devices/DemoSide.h"
-#include "platform/devices/VirtualDeviceSetting.h"
+#include "devices/DemoSide.h"
+#include "devices/VirtualDeviceSetting.h"
 
 #include <algorithm>
 #include <cmath>

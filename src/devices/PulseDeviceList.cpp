@@ -1,4 +1,4 @@
-#include "platform/devices/PulseDeviceList.h"
+#include "devices/PulseDeviceList.h"
 
 namespace {
 

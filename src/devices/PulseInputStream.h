@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/devices/PulseConnection.h"
-#include "platform/devices/PulseDeviceList.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/PulseConnection.h"
+#include "devices/PulseDeviceList.h"
+#include "devices/SoundDevices.h"
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "platform/devices/PulseInputStream.h"
+#include "devices/PulseInputStream.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "platform/devices/VirtualSpeaker.h"
+#include "devices/VirtualSpeaker.h"
 
 #include "codecs/WaveFile.h"
-#include "platform/devices/VirtualDeviceSetting.h"
+#include "devices/VirtualDeviceSetting.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "platform/devices/PulseOutputStream.h"
+#include "devices/PulseOutputStream.h"
 
-#include "platform/devices/PulseDeviceList.h"
+#include "devices/PulseDeviceList.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
-#include "platform/devices/SoundDevices.h"
+#include "devices/SoundDevices.h"
 
-#include "platform/devices/PulseDeviceList.h"
-#include "platform/devices/PulseInputStream.h"
-#include "platform/devices/PulseOutputStream.h"
-#include "platform/devices/VirtualSpeaker.h"
-#include "platform/devices/VirtualTurntable.h"
+#include "devices/PulseDeviceList.h"
+#include "devices/PulseInputStream.h"
+#include "devices/PulseOutputStream.h"
+#include "devices/VirtualSpeaker.h"
+#include "devices/VirtualTurntable.h"
 
 #include <algorithm>
 

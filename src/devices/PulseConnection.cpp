@@ -1,4 +1,4 @@
-#include "platform/devices/PulseConnection.h"
+#include "devices/PulseConnection.h"
 
 namespace {
 

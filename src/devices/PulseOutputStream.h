@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/devices/PulseConnection.h"
-#include "platform/devices/SoundDevices.h"
+#include "devices/PulseConnection.h"
+#include "devices/SoundDevices.h"
 
 #include <array>
 
