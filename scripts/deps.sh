@@ -6,9 +6,11 @@ set -euo pipefail
 packages=(
   cmake ninja-build g++ pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
-  qt6-base-dev libpulse-dev libburn-dev
+  qt6-base-dev qt6-svg-dev libpulse-dev libburn-dev
   lame sox libsox-fmt-all ffmpeg mpg123 id3v2 python3-mutagen
   unzip zip
+  xorriso genisoimage p7zip-full udftools
+  fonts-dejavu-core xvfb xauth
   pulseaudio pulseaudio-utils
 )
 

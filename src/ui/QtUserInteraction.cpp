@@ -1,0 +1,148 @@
+#include "ui/QtUserInteraction.h"
+
+#include "platform/Log.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QStringList>
+#include <QSystemTrayIcon>
+#include <QThread>
+#include <QUrl>
+
+namespace {
+
+// Runs `call` on the GUI thread and returns its value; the calling thread waits.
+template <typename Call> auto OnGuiThread(Call call) {
+    QCoreApplication* app = QCoreApplication::instance();
+    if (QThread::currentThread() == app->thread()) return call();
+    decltype(call()) answer{};
+    QMetaObject::invokeMethod(
+        app, [&] { answer = call(); }, Qt::BlockingQueuedConnection);
+    return answer;
+}
+
+QString Text(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+// "Audio Files (*.wav *.mp3);;MP3 Files (*.mp3)"
+QString FilterText(const std::vector<LFileFilter>& filters) {
+    QStringList entries;
+    for (const LFileFilter& filter : filters) {
+        QStringList patterns;
+        for (const std::string& pattern : filter.patterns)
+            patterns << Text(pattern);
+        entries << Text(filter.name) + " (" + patterns.join(' ') + ")";
+    }
+    return entries.join(";;");
+}
+
+QMessageBox::StandardButtons ButtonsOf(LMessageButtons buttons) {
+    switch (buttons) {
+    case LMessageButtons::Ok:
+        return QMessageBox::Ok;
+    case LMessageButtons::OkCancel:
+        return QMessageBox::Ok | QMessageBox::Cancel;
+    case LMessageButtons::YesNo:
+        return QMessageBox::Yes | QMessageBox::No;
+    case LMessageButtons::YesNoCancel:
+        return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    }
+    return QMessageBox::Ok;
+}
+
+// The answer of a box that was closed without a button: Cancel, or No where there is none.
+LMessageAnswer AnswerOf(int button, LMessageButtons buttons) {
+    switch (button) {
+    case QMessageBox::Ok:
+        return LMessageAnswer::Ok;
+    case QMessageBox::Yes:
+        return LMessageAnswer::Yes;
+    case QMessageBox::No:
+        return LMessageAnswer::No;
+    default:
+        return buttons == LMessageButtons::YesNo ? LMessageAnswer::No : LMessageAnswer::Cancel;
+    }
+}
+
+std::vector<std::string> Paths(const QStringList& list) {
+    std::vector<std::string> paths;
+    for (const QString& path : list)
+        paths.push_back(path.toStdString());
+    return paths;
+}
+
+} // namespace
+
+QWidget* LQtUserInteraction::Parent() const {
+    QWidget* parent = parent_ ? parent_() : nullptr;
+    return parent ? parent : QApplication::activeWindow();
+}
+
+LMessageAnswer LQtUserInteraction::ShowMessage(const std::string& caption, const std::string& text,
+                                               LMessageButtons buttons) {
+    return OnGuiThread([&] {
+        QMessageBox box(buttons == LMessageButtons::Ok ? QMessageBox::Information
+                                                       : QMessageBox::Question,
+                        Text(caption), Text(text), ButtonsOf(buttons), Parent());
+        if (caption == "Error") box.setIcon(QMessageBox::Warning);
+        return AnswerOf(box.exec(), buttons);
+    });
+}
+
+std::vector<std::string> LQtUserInteraction::ChooseOpenFiles(const LFileRequest& request,
+                                                             bool multiple) {
+    return OnGuiThread([&] {
+        const QString title = Text(request.title), folder = Text(request.folder);
+        const QString filter = FilterText(request.filters);
+        if (multiple) return Paths(QFileDialog::getOpenFileNames(Parent(), title, folder, filter));
+        const QString path = QFileDialog::getOpenFileName(Parent(), title, folder, filter);
+        return path.isEmpty() ? std::vector<std::string>{} : Paths({path});
+    });
+}
+
+std::string LQtUserInteraction::ChooseSaveFile(const LFileRequest& request) {
+    return OnGuiThread([&] {
+        QString start = Text(request.folder);
+        if (!request.fileName.empty())
+            start = start.isEmpty() ? Text(request.fileName) : start + "/" + Text(request.fileName);
+        return QFileDialog::getSaveFileName(Parent(), Text(request.title), start,
+                                            FilterText(request.filters))
+            .toStdString();
+    });
+}
+
+std::string LQtUserInteraction::ChooseFolder(const std::string& prompt, const std::string& folder) {
+    return OnGuiThread([&] {
+        return QFileDialog::getExistingDirectory(Parent(), Text(prompt), Text(folder))
+            .toStdString();
+    });
+}
+
+void LQtUserInteraction::ShowTip(const std::string& title, const std::string& text) {
+    OnGuiThread([&] {
+        auto* box = new QMessageBox(QMessageBox::Information, Text(title), Text(text),
+                                    QMessageBox::Ok, Parent());
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->setModal(false);
+        box->show();
+        return 0;
+    });
+}
+
+void LQtUserInteraction::ShowDockNotice(const std::string& text) {
+    OnGuiThread([&] {
+        if (tray_ && QSystemTrayIcon::isSystemTrayAvailable() &&
+            QSystemTrayIcon::supportsMessages())
+            tray_->showMessage(QApplication::applicationDisplayName(), Text(text));
+        else
+            LOG("%s", text.c_str());
+        return 0;
+    });
+}
+
+void LQtUserInteraction::RevealFolder(const std::string& folder) {
+    OnGuiThread([&] { return QDesktopServices::openUrl(QUrl::fromLocalFile(Text(folder))); });
+}
