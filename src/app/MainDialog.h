@@ -1,0 +1,147 @@
+#pragma once
+
+#include "app/MainNotify.h"
+#include "app/RecordingsList.h"
+#include "jobs/ProcessInterface.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class LAudioTagData;
+
+// Window messages the main window receives besides the queue's (see MainNotify.h).
+enum LMainWindowMessage : int {
+    WM_ERASE_DISC = 116,              // erase the disc
+    WM_START_BURN = 2032,             // value: non-zero audio CD, zero data disc
+    WM_HIDE_WINDOW = 2033,            // hide the main window
+    WM_DELETE_FILE = 2034,            // text: the file to drop from the list and delete
+    WM_SESSION_FINISHED = 2037,       // value: 1 when the session ended normally
+    WM_RECORDING_DISCARDED = 2038,    // the recording window discarded a recording
+    WM_OPEN_RECORDING_WINDOW = 2039,  // the wizard asks for a recording session
+    WM_OPEN_WIZARD = 2040,            // open the setup wizard
+    WM_RELOAD_LIST = 2041,            // the output folder changed
+};
+
+// What the main window's logic asks of the window that shows it.
+class LMainDialogView {
+public:
+    // The rows, their order or the selection changed.
+    virtual void RowsChanged() = 0;
+    // A status pane's text changed.
+    virtual void StatusChanged(int pane) = 0;
+    // Starts in-place editing of the row's name.
+    virtual void BeginRename(int row) = 0;
+    virtual void HideWindow() = 0;
+    // Runs a job behind a progress window with this caption and returns its result.
+    virtual LProcessResult RunJob(const char* caption,
+                                  const std::function<LProcessResult(LProcessInterface&)>& job) = 0;
+
+protected:
+    ~LMainDialogView() = default;
+};
+
+// The windows and jobs other parts of the program open from the main window. A command whose
+// window is not there is disabled.
+struct LMainDialogWindows {
+    std::function<void()> recordingWindow;
+    std::function<void()> wizard;
+    std::function<void()> preferences;
+    // False when the file cannot be played.
+    std::function<bool(const std::string& path)> playAndSplit;
+    std::function<void(const std::vector<std::string>& paths)> joinFiles;
+    std::function<void(const std::string& path, const std::vector<int>& positions)> splitFile;
+    std::function<void(bool audio)> burn;
+    std::function<void()> ejectDisc;
+    std::function<void()> eraseDisc;
+    // The tag editors: true when the user pressed OK.
+    std::function<bool(LAudioTagData& tags, const std::string& path)> editTag;
+    std::function<bool(LAudioTagData& tags)> editTagList;
+};
+
+// The main window's behaviour: the recordings list of the output folder, its commands and
+// their enabled states, the messages background work posts, start-up and the exit checks.
+// Runs on the GUI thread; the window (LMainDialogView) only shows what this holds.
+class MainDialog : public LMainNotifyTarget {
+public:
+    MainDialog(LMainDialogView& view, LMainDialogWindows windows);
+    ~MainDialog();
+    MainDialog(const MainDialog&) = delete;
+    MainDialog& operator=(const MainDialog&) = delete;
+
+    // Start-up: the encoder component, reporting from the queue, resuming the queue, the list.
+    void InitDialog();
+    // Half a second after start-up: an empty list opens the setup wizard.
+    void OnStartupTimer();
+
+    LRecordingsList& List() { return list_; }
+    const std::string& StatusPane(int pane) const { return status_[pane]; }
+
+    bool IsCommandEnabled(int id) const;
+    void RunCommand(int id);
+
+    // Posted messages: the queue's (LMainNotifyTarget) and the others of LMainWindowMessage.
+    void OnMainNotify(int message, const std::string& text, int value) override;
+    void OnMessage(int message, const std::string& text, int value);
+    // The play-and-split window's split request.
+    void SplitFile(const std::string& path, const std::vector<int>& positions);
+    // Posts a message to this window through the main-thread queue; dropped once it is gone.
+    void Post(int message, const std::string& text = {}, int value = 0);
+
+    // The list.
+    bool AddFileToList(const char* path, bool copyToOutputFolder, bool select);
+    void AddProcessedFileToList(const char* path, bool select);
+    void LoadSavedAudioFiles();
+    void RefreshFileList();
+    // Files dropped on the window.
+    void DropFiles(const std::vector<std::string>& paths);
+    // In-place editing of a row's name.
+    void OnRenameStarted(int row);
+    void OnRenameEnded(int row, const std::string& text);
+
+    // Totals of the (selected) files: "TotalTime" and "TotalSize" in "RecordingPage".
+    void SetTotalFileDurations(bool selectedOnly);
+    std::string GrabTotalFileDuration(bool duration, bool selectedOnly);
+
+    // The exit checks: true when the program may close.
+    bool CanClose();
+    // Stops the queue thread; its current request stays queued for the next start.
+    void Shutdown();
+
+    static std::string GetVNOutputFolder();
+    static std::string GetDefaultOutputFolder();
+    // Stores the output folder ("" = the application data folder); false when it is not a
+    // writable folder. A change posts WM_RELOAD_LIST to `window` when given.
+    static bool SetVNOutputFolder(MainDialog* window, const char* folder);
+    // A new unique ".wav" file in the temporary recordings folder; false when none could be made.
+    static bool GetTempWaveFilePath(char* out);
+
+private:
+    std::string PathOf(int row) const;
+    void SetStatus(int pane, std::string text);
+    void ShowQueueCount();
+    void CmAddFiles();
+    void CmRemoveFiles();
+    void CmCopyTo();
+    void CmEditWithSoundEditor();
+    void CmEditTag();
+    void CmEditSelectedTags();
+    void CmMove(int step);
+    void CmPlay();
+    void CmJoin();
+    void OpenWizard();
+    std::vector<std::string> SelectedPaths() const;
+
+    LMainDialogView& view_;
+    LMainDialogWindows windows_;
+    LRecordingsList list_;
+    std::string status_[3];
+    int filesProcessing_ = 0;
+    bool sessionFinished_ = false;
+    bool processingNoticePending_ = false;
+    std::string oldName_;
+    bool loading_ = false; // listing the output folder
+    // Shared with posted messages, so that those arriving after the window is gone find nothing.
+    std::shared_ptr<MainDialog*> self_;
+};

@@ -1,0 +1,267 @@
+// The main window's behaviour without a window: the list, its commands, messages and questions,
+// answered by the scripted user interaction.
+#include "app/FileNamePattern.h"
+#include "app/MainCommands.h"
+#include "app/MainDialog.h"
+
+#include "jobs/ProcessInterfaceVoid.h"
+#include "jobs/ScriptedUserInteraction.h"
+#include "platform/Settings.h"
+#include "support/TempHome.h"
+#include "tags/AudioTagData.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <utime.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Records what the logic asked of its window.
+struct FakeView : LMainDialogView {
+    int renamed = -1;
+    void RowsChanged() override {}
+    void StatusChanged(int) override {}
+    void BeginRename(int row) override { renamed = row; }
+    void HideWindow() override {}
+    LProcessResult RunJob(const char*,
+                          const std::function<LProcessResult(LProcessInterface&)>& job) override {
+        LProcessInterfaceVoid none;
+        return job(none);
+    }
+};
+
+class MainDialogTest : public ::testing::Test {
+protected:
+    MainDialogTest() {
+        SetUserInteraction(&ui);
+        fs::create_directories(output);
+        fs::create_directories(elsewhere);
+        LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+    }
+    ~MainDialogTest() override { SetUserInteraction(nullptr); }
+
+    // A short tone file made by sox (wave or MP3 by its extension).
+    static fs::path Tone(const fs::path& path, double seconds = 1) {
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(path) + " synth " +
+                   std::to_string(seconds) + " sine 440 2>/dev/null");
+        return path;
+    }
+
+    std::vector<std::string> Names() {
+        std::vector<std::string> names;
+        for (const LRecordingRow& row : dialog.List().Rows())
+            names.push_back(row.name);
+        return names;
+    }
+
+    // The texts of the message boxes and notices shown.
+    std::vector<std::string> Texts() {
+        std::vector<std::string> texts;
+        for (const LInteractionCall& call : ui.Calls())
+            if (call.kind == LInteractionKind::Message || call.kind == LInteractionKind::DockNotice)
+                texts.push_back(call.text);
+        return texts;
+    }
+
+    // The only window there is: a tag editor that sets the title.
+    static LMainDialogWindows TagEditor() {
+        LMainDialogWindows windows;
+        windows.editTag = [](LAudioTagData& tags, const std::string&) {
+            tags.SetTag("TITLE", "Edited", true);
+            return true;
+        };
+        return windows;
+    }
+
+    TempHome home;
+    fs::path output = home.Path() / "out";
+    fs::path elsewhere = home.Path() / "elsewhere";
+    LScriptedUserInteraction ui;
+    FakeView view;
+    MainDialog dialog{view, TagEditor()};
+};
+
+TEST(RecordingsListFormatTest, SizesAndTimes) {
+    EXPECT_EQ(FormatRecordingSize(1048576), "1.000 MB");
+    EXPECT_EQ(FormatRecordingSize(1572864), "1.500 MB");
+    setenv("TZ", "UTC", 1);
+    tzset();
+    EXPECT_EQ(FormatRecordingTime(1235977509), "2009-03-02   07:05:09");
+}
+
+TEST(FileNamePatternTest, ReplacesArguments) {
+    setenv("TZ", "UTC", 1);
+    tzset();
+    const std::time_t july5 = 1278331200; // 2010-07-05 12:00:00
+    const struct {
+        const char* pattern;
+        int number;
+        const char* expected;
+    } cases[] = {
+        {"Rec %YYYY%-%MM%-%DD% %autonumber%", 3, "Rec 2010-07-05 03"},
+        {"Side %AUTONUMBER%", 123, "Side 123"},
+        {"a%unknown%b", 1, "ab"},
+        {"100%% %HH%:%MIN%:%SS%", 1, "100% 12:00:00"},
+        {"open %YYYY", 1, "open 2010"},
+    };
+    for (const auto& c : cases) {
+        char out[260];
+        CreateFormatedFileName(out, c.pattern, c.number, july5);
+        EXPECT_STREQ(out, c.expected) << c.pattern;
+    }
+}
+
+TEST_F(MainDialogTest, AddsFilesOnceByNameAndReportsFailuresTogether) {
+    ASSERT_TRUE(dialog.AddFileToList(Tone(elsewhere / "Song.WAV").c_str(), true, false));
+    EXPECT_EQ(dialog.List().Rows()[0].icon, 0);
+    EXPECT_TRUE(fs::exists(output / "Song.WAV"));
+    fs::create_directories(elsewhere / "b");
+    Tone(elsewhere / "Song.mp3");
+    Tone(elsewhere / "b/song.MP3");
+    fs::path bad = elsewhere / "bad.wav";
+    std::ofstream(bad) << "not audio";
+    ui.QueuePaths({(elsewhere / "Song.mp3").string(), (elsewhere / "b/song.MP3").string(),
+                   bad.string(), (elsewhere / "notes.txt").string()});
+    dialog.RunCommand(CM_ADD_FILES);
+    EXPECT_EQ(Names(), (std::vector<std::string>{"Song.WAV", "Song.mp3"}));
+    EXPECT_EQ(dialog.List().Rows()[1].icon, 1);
+    EXPECT_EQ(Texts(), (std::vector<std::string>{
+                           "One or more files were not added because either those files already "
+                           "exist in the list or Vinora Records does not support the file formats "
+                           "of those files."}));
+    EXPECT_EQ(LUserSettingGetString("Settings", "LoadFromFolder"), elsewhere.string());
+}
+
+TEST_F(MainDialogTest, AMixedDropWarnsOnce) {
+    std::ofstream(elsewhere / "a.aif") << "x";
+    std::ofstream(elsewhere / "b.txt") << "x";
+    dialog.DropFiles({(elsewhere / "a.aif").string(), (elsewhere / "b.txt").string(),
+                      Tone(elsewhere / "c.wav").string()});
+    ASSERT_EQ(ui.Calls().size(), 1u);
+    EXPECT_EQ(ui.Calls()[0].caption, "Error");
+    EXPECT_EQ(ui.Calls()[0].text, "Only wav and mp3 files can be added to this list.");
+    EXPECT_EQ(Names(), std::vector<std::string>{"c.wav"});
+}
+
+TEST_F(MainDialogTest, RemovesWithAndWithoutDeletingTheFiles) {
+    for (bool deleteFiles : {false, true}) {
+        LUserSettingSet<bool>("Settings", "DeleteFiles", deleteFiles);
+        Tone(output / "a.wav");
+        Tone(output / "b.wav");
+        dialog.RefreshFileList();
+        dialog.List().SelectAll();
+        ui.QueueAnswer(LMessageAnswer::No);
+        dialog.RunCommand(CM_REMOVE_FILES);
+        EXPECT_EQ(dialog.List().Count(), 2);
+        ui.QueueAnswer(LMessageAnswer::Yes);
+        dialog.RunCommand(CM_REMOVE_FILES);
+        EXPECT_EQ(dialog.List().Count(), 0);
+        EXPECT_EQ(fs::exists(output / "a.wav"), !deleteFiles);
+        EXPECT_EQ(ui.Calls().back().caption, "Confirm Remove");
+    }
+}
+
+TEST_F(MainDialogTest, RenamesWithACleanedName) {
+    Tone(output / "take1.wav");
+    dialog.RefreshFileList();
+    dialog.List().SelectOnly(0);
+    dialog.RunCommand(CM_RENAME_FILE);
+    EXPECT_EQ(view.renamed, 0);
+    dialog.OnRenameStarted(0);
+    dialog.OnRenameEnded(0, "a/b:c.d");
+    EXPECT_TRUE(fs::exists(output / "abcd.wav"));
+    dialog.OnRenameStarted(0);
+    dialog.OnRenameEnded(0, "?*");
+    EXPECT_EQ(Names(), std::vector<std::string>{"abcd.wav"});
+}
+
+TEST_F(MainDialogTest, MovesOneSelectedRowWithinTheList) {
+    for (const char* name : {"a.wav", "b.wav"})
+        Tone(output / name);
+    dialog.RefreshFileList();
+    const std::vector<std::string> original{"a.wav", "b.wav"};
+    dialog.List().SelectOnly(0);
+    dialog.RunCommand(CM_MOVE_UP);
+    EXPECT_EQ(Names(), original);
+    dialog.List().SelectAll();
+    dialog.RunCommand(CM_MOVE_DOWN);
+    EXPECT_EQ(Names(), original);
+    dialog.List().SelectOnly(1);
+    dialog.RunCommand(CM_MOVE_DOWN);
+    EXPECT_EQ(Names(), original);
+    dialog.RunCommand(CM_MOVE_UP);
+    EXPECT_EQ(Names(), (std::vector<std::string>{"b.wav", "a.wav"}));
+    EXPECT_EQ(dialog.List().Selected(), std::vector<int>{0});
+}
+
+TEST_F(MainDialogTest, EnabledStatesFollowTheSelectionAndTheWindowsThatExist) {
+    EXPECT_TRUE(dialog.IsCommandEnabled(CM_ADD_FILES));
+    EXPECT_FALSE(dialog.IsCommandEnabled(CM_SELECT_ALL));
+    EXPECT_FALSE(dialog.IsCommandEnabled(CM_RECORD)); // no recording window yet
+    Tone(output / "a.wav");
+    dialog.RefreshFileList();
+    EXPECT_TRUE(dialog.IsCommandEnabled(CM_SELECT_ALL));
+    EXPECT_FALSE(dialog.IsCommandEnabled(CM_REMOVE_FILES));
+    dialog.List().SelectOnly(0);
+    EXPECT_TRUE(dialog.IsCommandEnabled(CM_REMOVE_FILES));
+    EXPECT_TRUE(dialog.IsCommandEnabled(CM_EDIT_TAG));
+    EXPECT_FALSE(dialog.IsCommandEnabled(CM_JOIN_FILES));
+}
+
+TEST_F(MainDialogTest, QueueMessagesUpdateTheStatusPanes) {
+    dialog.OnMainNotify(WM_NOTIFY_PROGRESS, "Converting...", 40);
+    EXPECT_EQ(dialog.StatusPane(1), "Status: Converting...40% Done");
+    dialog.OnMainNotify(WM_NOTIFY_PROGRESS, "", 0);
+    EXPECT_EQ(dialog.StatusPane(1), "Status: Converting...40% Done");
+    dialog.OnMainNotify(WM_NOTIFY_PROGRESS, "", 7);
+    EXPECT_EQ(dialog.StatusPane(1), "Status: 7% Done");
+    dialog.OnMainNotify(WM_NOTIFY_FILES_PROCESSING, "", 0);
+    dialog.OnMainNotify(WM_NOTIFY_FILES_PROCESSING, "", 0);
+    EXPECT_EQ(dialog.StatusPane(2), "Files Being Processed: 2");
+    dialog.OnMessage(WM_SESSION_FINISHED, "", 1);
+    dialog.OnMainNotify(WM_NOTIFY_ADD, Tone(output / "a.wav").string(), 0);
+    EXPECT_EQ(dialog.StatusPane(2), "Files Being Processed: 1");
+    EXPECT_TRUE(ui.Calls().empty());
+    dialog.OnMainNotify(WM_NOTIFY_ADD, Tone(output / "b.wav").string(), 0);
+    EXPECT_EQ(dialog.StatusPane(2), "No Files Queued");
+    EXPECT_EQ(Texts(), std::vector<std::string>{"Your recordings have finished processing"});
+}
+
+TEST_F(MainDialogTest, ExitAsksAgainWhileFilesAreQueued) {
+    ui.QueueAnswer(LMessageAnswer::Ok);
+    EXPECT_TRUE(dialog.CanClose());
+    dialog.OnMainNotify(WM_NOTIFY_FILES_PROCESSING, "", 0);
+    ui.QueueAnswer(LMessageAnswer::Ok);
+    ui.QueueAnswer(LMessageAnswer::Cancel);
+    EXPECT_FALSE(dialog.CanClose());
+    ASSERT_EQ(ui.Calls().size(), 3u);
+    EXPECT_EQ(ui.Calls()[2].text.rfind("Warning! You have some files that are still to be "
+                                       "processed!",
+                                       0),
+              0u);
+}
+
+TEST_F(MainDialogTest, TagEditsGoToTheCopyFolderToo) {
+    const fs::path copies = home.Path() / "copies";
+    fs::create_directories(copies);
+    LUserSettingSetString("OutputFormat", "OutputFolder", copies.c_str());
+    Tone(output / "a.wav");
+    fs::copy_file(output / "a.wav", copies / "a.wav");
+    dialog.RefreshFileList();
+    dialog.List().SelectOnly(0);
+    dialog.RunCommand(CM_EDIT_TAG);
+    EXPECT_EQ(Texts(), std::vector<std::string>{"Tag written successfully to file."});
+    for (const fs::path& file : {output / "a.wav", copies / "a.wav"}) {
+        LAudioTagData tags;
+        tags.ReadTags(file.c_str(), tagModeAll);
+        EXPECT_EQ(tags.GetTag("TITLE"), "Edited") << file;
+    }
+}
+
+} // namespace
