@@ -470,6 +470,10 @@ void MainDialog::CmAddFiles() {
     const std::vector<std::string> paths = UserInteraction().ChooseOpenFiles(request, true);
     if (paths.empty()) return;
     LUserSettingSetString("Settings", "LoadFromFolder", FolderOf(paths.front()).c_str());
+    AddFiles(paths);
+}
+
+void MainDialog::AddFiles(const std::vector<std::string>& paths) {
     bool failed = false;
     for (const std::string& path : paths)
         if (IsListedType(path) && !AddFileToList(path.c_str(), true, false)) failed = true;

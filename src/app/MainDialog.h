@@ -94,6 +94,8 @@ public:
     void AddProcessedFileToList(const char* path, bool select);
     void LoadSavedAudioFiles();
     void RefreshFileList();
+    // Files chosen by the user or named on the command line, as the Add command adds them.
+    void AddFiles(const std::vector<std::string>& paths);
     // Files dropped on the window.
     void DropFiles(const std::vector<std::string>& paths);
     // In-place editing of a row's name.

@@ -28,6 +28,11 @@ LProgressDialog::LProgressDialog(const char* title) : title_(title) {
         line->setMinimumWidth(360);
         layout->addWidget(line);
     }
+    QFont step = status_[0]->font();
+    step.setBold(true);
+    status_[0]->setFont(step);
+    status_[0]->setAccessibleName("Step");
+    status_[1]->setAccessibleName("Detail");
     bar_ = new QProgressBar(this);
     bar_->setRange(0, 100);
     bar_->setValue(0);

@@ -1,0 +1,46 @@
+// The desktop program.
+#include "platform/ProgramInfo.h"
+#include "ui/DesktopInstaller.h"
+#include "ui/MainWindow.h"
+#include "ui/QtMainThreadQueue.h"
+#include "ui/QtUserInteraction.h"
+
+#include <QApplication>
+
+#include <cstdio>
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName("Brakwater Software");
+    QApplication::setApplicationName("Vinora");
+    QApplication::setApplicationDisplayName(kProgramName);
+    QApplication::setDesktopFileName("vinora");
+
+    const QStringList arguments = QApplication::arguments().mid(1);
+    if (!arguments.isEmpty() && arguments.front() == "-installer") {
+        const std::string error =
+            LInstallDesktopEntry(QApplication::applicationFilePath().toStdString());
+        if (!error.empty()) std::fprintf(stderr, "vinora: %s\n", error.c_str());
+        return error.empty() ? 0 : 2;
+    }
+
+    LQtMainThreadQueue queue;
+    LMainThreadQueue::SetCurrent(&queue);
+    LQtUserInteraction interaction;
+    SetUserInteraction(&interaction);
+
+    LMainWindow window{LMainDialogWindows{}};
+    interaction.SetParentWindow([&window] { return &window; });
+    interaction.SetTrayIcon(window.TrayIcon());
+    window.show();
+    window.Start();
+    std::vector<std::string> files;
+    for (const QString& argument : arguments)
+        files.push_back(argument.toStdString());
+    if (!files.empty()) window.Dialog().AddFiles(files);
+
+    const int result = QApplication::exec();
+    SetUserInteraction(nullptr);
+    LMainThreadQueue::SetCurrent(nullptr);
+    return result;
+}

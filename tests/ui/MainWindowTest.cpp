@@ -1,0 +1,119 @@
+// The main window on the offscreen platform: its menus and toolbar, renaming in place and
+// dropping files.
+#include "app/MainCommands.h"
+#include "jobs/ScriptedUserInteraction.h"
+#include "platform/Settings.h"
+#include "support/QtTestApp.h"
+#include "support/TempHome.h"
+#include "ui/MainWindow.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QTableView>
+#include <QTest>
+#include <QToolBar>
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class MainWindowTest : public ::testing::Test {
+protected:
+    MainWindowTest() {
+        QtTestApp();
+        SetUserInteraction(&ui);
+        fs::create_directories(output);
+        LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+    }
+    ~MainWindowTest() override { SetUserInteraction(nullptr); }
+
+    static void Tone(const fs::path& path) {
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(path) + " synth 0.5 sine 440");
+    }
+
+    TempHome home;
+    fs::path output = home.Path() / "out";
+    LScriptedUserInteraction ui;
+};
+
+// "&Play or Split File" -> "Play or Split File"
+QStringList Texts(const QList<QAction*>& actions) {
+    QStringList texts;
+    for (QAction* action : actions)
+        texts << (action->isSeparator() ? "-" : action->text().remove('&'));
+    return texts;
+}
+
+TEST_F(MainWindowTest, MenusAndToolbarFollowTheSelection) {
+    Tone(output / "a.wav");
+    Tone(output / "b.wav");
+    LMainWindow window{LMainDialogWindows{}};
+    window.Dialog().LoadSavedAudioFiles();
+    window.show();
+
+    const QList<QAction*> menus = window.menuBar()->actions();
+    ASSERT_EQ(Texts(menus), (QStringList{"File", "Edit", "View"}));
+    EXPECT_EQ(Texts(menus[0]->menu()->actions()),
+              (QStringList{"Open Recording Wizard", "Start Recording Session", "-",
+                           "Add File(s)...", "Remove File(s)", "Copy To", "Edit file with Sonedit",
+                           "Rename File", "Play or Split File", "Join Files", "-", "Select All",
+                           "-", "Burn an Audio CD...", "Burn a Wave/MP3 CD/DVD...", "Eject Disc",
+                           "-", "Open Music Folder...", "-", "Close Window"}));
+    EXPECT_EQ(Texts(window.findChild<QToolBar*>("Toolbar")->actions()),
+              (QStringList{"Wizard", "Record", "-", "Burn Audio", "Burn MP3", "Play", "-",
+                           "Music Folder", "Preferences"}));
+    EXPECT_EQ(window.Action(CM_RECORD)->shortcut().toString(), "Ctrl+R");
+
+    EXPECT_FALSE(window.Action(CM_REMOVE_FILES)->isEnabled());
+    EXPECT_TRUE(window.Action(CM_SELECT_ALL)->isEnabled());
+    window.List()->selectRow(1);
+    EXPECT_TRUE(window.Action(CM_REMOVE_FILES)->isEnabled());
+    EXPECT_TRUE(window.Action(CM_RENAME_FILE)->isEnabled());
+    // Windows that come later leave their commands disabled.
+    EXPECT_FALSE(window.ToolAction(CM_PLAY_OR_SPLIT)->isEnabled());
+    window.List()->clearSelection();
+    EXPECT_FALSE(window.Action(CM_REMOVE_FILES)->isEnabled());
+}
+
+TEST_F(MainWindowTest, F2RenamesTheFileOnDisk) {
+    Tone(output / "take1.wav");
+    LMainWindow window{LMainDialogWindows{}};
+    window.Dialog().LoadSavedAudioFiles();
+    window.show();
+    window.List()->selectRow(0);
+    window.Action(CM_RENAME_FILE)->trigger();
+    auto* editor = window.List()->findChild<QLineEdit*>();
+    ASSERT_NE(editor, nullptr);
+    editor->setText("Side A: Song");
+    QTest::keyClick(editor, Qt::Key_Return);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fs::exists(output / "Side A Song.wav"); }, 3000));
+    EXPECT_FALSE(fs::exists(output / "take1.wav"));
+    EXPECT_EQ(window.List()->model()->index(0, 0).data().toString(), "Side A Song.wav");
+}
+
+TEST_F(MainWindowTest, DroppedFilesBecomeRows) {
+    const fs::path elsewhere = home.Path() / "elsewhere";
+    fs::create_directories(elsewhere);
+    Tone(elsewhere / "x.wav");
+    Tone(elsewhere / "y.wav");
+    LMainWindow window{LMainDialogWindows{}};
+    window.show();
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString((elsewhere / "x.wav").string())),
+                  QUrl::fromLocalFile(QString::fromStdString((elsewhere / "y.wav").string()))});
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &drop);
+    EXPECT_EQ(window.List()->model()->rowCount(), 2);
+    EXPECT_TRUE(fs::exists(output / "x.wav"));
+}
+
+} // namespace

@@ -1,0 +1,77 @@
+// Renders each window to a PNG file in the folder named by VINORA_SCREENSHOTS, for the README
+// and for review (scripts/screenshots.sh). Skipped without it.
+#include "platform/Settings.h"
+#include "support/QtTestApp.h"
+#include "support/TempHome.h"
+#include "ui/MainWindow.h"
+#include "ui/ProgressDialog.h"
+
+#include <gtest/gtest.h>
+
+#include <QTableView>
+#include <QTest>
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+QString Folder() {
+    return qEnvironmentVariable("VINORA_SCREENSHOTS");
+}
+
+void Save(QWidget& widget, const char* name) {
+    QTest::qWait(50);
+    ASSERT_TRUE(widget.grab().save(Folder() + "/" + name + ".png")) << name;
+}
+
+// A job that shows its window half way and takes its picture.
+struct PictureJob {
+    const char* name;
+};
+
+LProcessResult Process(LProcessInterface& pi, PictureJob& job) {
+    pi.SetStatus("Converting", 0);
+    pi.SetStatus("Side A 03.wav", 1);
+    pi.SetProgress(0.42);
+    pi.IsToStop();
+    Save(*QApplication::activeModalWidget(), job.name);
+    return PROCESS_DONE;
+}
+
+class Screenshots : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (Folder().isEmpty()) GTEST_SKIP() << "VINORA_SCREENSHOTS names no folder";
+        QtTestApp();
+        fs::create_directories(Folder().toStdString());
+    }
+};
+
+TEST_F(Screenshots, MainWindowAndProgress) {
+    TempHome home;
+    const fs::path output = home.Path() / "Recordings";
+    fs::create_directories(output);
+    LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+    const struct {
+        const char* name;
+        int seconds;
+    } files[] = {{"Side A 01 - Blue Moon.wav", 4}, {"Side A 02 - Night Train.wav", 6},
+                 {"Side A 03 - Harbour Lights.mp3", 5}, {"Side B 01 - Old Friends.mp3", 3},
+                 {"Side B 02 - Last Waltz.wav", 7}};
+    for (const auto& file : files)
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(output / file.name) + " synth " +
+                   std::to_string(file.seconds) + " pinknoise vol 0.3 2>/dev/null");
+    LMainWindow window{LMainDialogWindows{}};
+    window.resize(900, 480);
+    window.Dialog().LoadSavedAudioFiles();
+    window.show();
+    window.List()->selectRow(1);
+    Save(window, "main-window");
+
+    PictureJob job{"progress-window"};
+    ProcessRunAsDialog(&window, "Converting Files", job);
+}
+
+} // namespace
