@@ -2,6 +2,7 @@
 
 #include "app/MainCommands.h"
 #include "platform/ProgramInfo.h"
+#include "platform/UpdateCheck.h"
 #include "platform/Settings.h"
 #include "ui/Icons.h"
 #include "ui/ProgressDialog.h"
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QStatusBar>
 #include <QStyledItemDelegate>
@@ -70,6 +72,7 @@ LMainWindow::LMainWindow(LMainDialogWindows windows)
     setObjectName("MainWindow");
     BuildActions();
     BuildMenus();
+    BuildHelpMenu();
     BuildToolbar();
     BuildList();
     BuildStatusBar();
@@ -129,6 +132,22 @@ void LMainWindow::BuildMenus() {
                 shown->addAction(actions_.at(id));
         }
     }
+}
+
+void LMainWindow::BuildHelpMenu() {
+    QMenu* help = menuBar()->addMenu("&Help");
+    help->addAction("&Check for Updates...", this, [this] {
+        RunJob(kCheckingForUpdatesCaption, [](LProcessInterface& pi) {
+            return static_cast<LProcessResult>(LAboutCheckForVersionUpdate(pi));
+        });
+    });
+    help->addSeparator();
+    help->addAction("&About Vinora Records", this, [this] {
+        QMessageBox::about(this, "About Vinora Records",
+                           QString("<h3>%1</h3><p>Version %2</p><p>Brakwater Software</p>")
+                               .arg(kProgramName)
+                               .arg(kProgramVersion, 0, 'f', 2));
+    });
 }
 
 void LMainWindow::BuildToolbar() {

@@ -47,6 +47,7 @@ private:
 
     void BuildActions();
     void BuildMenus();
+    void BuildHelpMenu();
     void BuildToolbar();
     void BuildList();
     void BuildStatusBar();

@@ -58,7 +58,7 @@ TEST_F(MainWindowTest, MenusAndToolbarFollowTheSelection) {
     window.show();
 
     const QList<QAction*> menus = window.menuBar()->actions();
-    ASSERT_EQ(Texts(menus), (QStringList{"File", "Edit", "View"}));
+    ASSERT_EQ(Texts(menus), (QStringList{"File", "Edit", "View", "Help"}));
     EXPECT_EQ(Texts(menus[0]->menu()->actions()),
               (QStringList{"Open Recording Wizard", "Start Recording Session", "-",
                            "Add File(s)...", "Remove File(s)", "Copy To", "Edit file with Sonedit",
