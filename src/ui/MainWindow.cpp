@@ -1,6 +1,7 @@
 #include "ui/MainWindow.h"
 
 #include "app/MainCommands.h"
+#include "platform/FileOps.h"
 #include "platform/ProgramInfo.h"
 #include "platform/UpdateCheck.h"
 #include "platform/Settings.h"
@@ -251,10 +252,23 @@ void LMainWindow::RowsChanged() {
     if (!rows.IsSorted()) list_->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     syncingSelection_ = false;
     UpdateActions();
+    WriteStatusFile();
 }
 
 void LMainWindow::StatusChanged(int pane) {
     panes_[pane]->setText(QString::fromStdString(dialog_->StatusPane(pane)));
+    WriteStatusFile();
+}
+
+void LMainWindow::WriteStatusFile() const {
+    static const QByteArray path = qgetenv("VINORA_STATUS_FILE");
+    if (path.isEmpty()) return;
+    std::string text;
+    for (int pane = 0; pane < 3; ++pane)
+        text += "pane " + std::to_string(pane) + ": " + dialog_->StatusPane(pane) + "\n";
+    for (const LRecordingRow& row : dialog_->List().Rows())
+        text += "row: " + row.name + "\t" + row.duration + "\t" + row.size + "\n";
+    SaveFile(path.constData(), text.data(), text.size(), 1000);
 }
 
 void LMainWindow::BeginRename(int row) {

@@ -15,7 +15,9 @@ class QSystemTrayIcon;
 class QTableView;
 
 // The main window: toolbar, menus, the recordings list and the status bar over MainDialog,
-// which holds every behaviour. Remembers its geometry and column widths.
+// which holds every behaviour. Remembers its geometry and column widths. When the environment
+// names a file in VINORA_STATUS_FILE, the window writes its status panes and rows there
+// whenever they change, for scripts and tests.
 class LMainWindow : public QMainWindow, private LMainDialogView {
 public:
     explicit LMainWindow(LMainDialogWindows windows);
@@ -53,6 +55,7 @@ private:
     void BuildStatusBar();
     void BuildTray();
     void UpdateActions();
+    void WriteStatusFile() const;
     void SelectionChanged();
     void ShowContextMenu(const QPoint& at);
     void RestoreLayout();
