@@ -78,4 +78,16 @@ TEST(DesktopE2E, ListsTheFolderAndAddsWhatTheQueueConverts) {
     EXPECT_EQ(fs::file_size(data / "vnprocesses.list"), 0u);
 }
 
+TEST(DesktopE2E, InstallsADesktopEntryForTheUser) {
+    TempHome home;
+    int status = -1;
+    RunCommand("QT_QPA_PLATFORM=offscreen " + std::string(VINORA_DESKTOP) + " -installer", &status);
+    EXPECT_EQ(status, 0);
+    const std::string entry =
+        ReadText(home.DataHome() / "applications/vinora.desktop");
+    EXPECT_NE(entry.find("Exec=\"" + std::string(VINORA_DESKTOP) + "\" %F"), std::string::npos);
+    EXPECT_NE(entry.find("MimeType=audio/x-wav;"), std::string::npos);
+    EXPECT_TRUE(fs::exists(home.DataHome() / "icons/hicolor/scalable/apps/vinora.svg"));
+}
+
 } // namespace
