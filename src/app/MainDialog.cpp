@@ -279,7 +279,7 @@ void MainDialog::OnMessage(int message, const std::string& text, int value) {
     case WM_ERASE_DISC:
         if (windows_.eraseDisc) windows_.eraseDisc();
         break;
-    case WM_START_BURN:
+    case WM_RECORDING_START_BURN:
         if (windows_.burn) windows_.burn(value != 0);
         break;
     case WM_HIDE_WINDOW:
@@ -292,7 +292,7 @@ void MainDialog::OnMessage(int message, const std::string& text, int value) {
         view_.RowsChanged();
         break;
     }
-    case WM_SESSION_FINISHED:
+    case WM_RECORDING_SESSION_ENDED:
         sessionFinished_ = value == 1;
         if (processingNoticePending_)
             UserInteraction().ShowDockNotice("Your recordings have finished processing");

@@ -2,6 +2,7 @@
 
 #include "app/MainNotify.h"
 #include "app/RecordingsList.h"
+#include "record/RecordingPage.h"
 #include "jobs/ProcessInterface.h"
 
 #include <functional>
@@ -11,14 +12,12 @@
 
 class LAudioTagData;
 
-// Window messages the main window receives besides the queue's (see MainNotify.h).
+// Window messages the main window receives besides the queue's (see MainNotify.h) and the
+// recording window's (see record/RecordingPage.h).
 enum LMainWindowMessage : int {
     WM_ERASE_DISC = 116,              // erase the disc
-    WM_START_BURN = 2032,             // value: non-zero audio CD, zero data disc
     WM_HIDE_WINDOW = 2033,            // hide the main window
     WM_DELETE_FILE = 2034,            // text: the file to drop from the list and delete
-    WM_SESSION_FINISHED = 2037,       // value: 1 when the session ended normally
-    WM_RECORDING_DISCARDED = 2038,    // the recording window discarded a recording
     WM_OPEN_RECORDING_WINDOW = 2039,  // the wizard asks for a recording session
     WM_OPEN_WIZARD = 2040,            // open the setup wizard
     WM_RELOAD_LIST = 2041,            // the output folder changed

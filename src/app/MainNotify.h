@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jobs/MainThreadQueue.h"
+#include "record/RecordingPage.h"
 #include "restore/ConvertNotify.h"
 
 #include <mutex>
@@ -8,7 +9,7 @@
 
 // Window messages the processing queue sends to the main window.
 enum LMainNotifyMessage : int {
-    WM_NOTIFY_FILES_PROCESSING = 2035, // one more file being processed
+    WM_NOTIFY_FILES_PROCESSING = WM_RECORDING_FILE_QUEUED, // one more file being processed
     WM_NOTIFY_ADD = 2042,              // text: a finished file to add to the list
     WM_NOTIFY_FILE = 2045,             // text: the file being converted
     WM_NOTIFY_PROGRESS = 2046,         // text: the status text; value: percent done

@@ -16,3 +16,7 @@ int CliQueue(const CliArgs& args);
 int CliDevices(const CliArgs& args);
 int CliCapture(const CliArgs& args);
 int CliPlay(const CliArgs& args);
+int CliRecord(const CliArgs& args);
+int CliSplitSide(const CliArgs& args);
+int CliNoiseFloor(const CliArgs& args);
+int CliDemo(const CliArgs& args);

@@ -26,6 +26,10 @@ const CliCommand kCommands[] = {
     {"devices", CliDevices, "devices"},
     {"capture", CliCapture, "capture OUT.wav [--device NAME] [--seconds N] [--threshold DB]"},
     {"play", CliPlay, "play FILE [--device NAME]"},
+    {"record", CliRecord, "record [--device NAME] [--seconds N] [--until-silence]"},
+    {"split-side", CliSplitSide, "split-side FILE [--floor DB]"},
+    {"noise-floor", CliNoiseFloor, "noise-floor [--device NAME]"},
+    {"demo", CliDemo, "demo"},
 };
 
 void PrintHelp(FILE* out) {

@@ -11,6 +11,7 @@ constexpr double kSideSeconds = 180;
 constexpr double kLeadInSeconds = 1.5;
 constexpr double kLeadOutSeconds = 2.0;
 // Surface noise: hiss around -56 dBFS, rumble around -64 dBFS, and clicks from -40 to -16 dBFS
+// while music plays (the quiet grooves between songs are clean)
 // peak at about 0.4 a second.
 constexpr float kHiss = 0.0039f;
 constexpr float kRumble = 0.0006f;
@@ -142,6 +143,12 @@ float LDemoSide::Noise(int frame, uint64_t stream) const {
     return static_cast<float>(static_cast<int32_t>(hash >> 32)) * 0x1.0p-31f;
 }
 
+bool LDemoSide::InTrack(int frame) const {
+    for (const Track& track : tracks_)
+        if (frame >= track.start && frame < track.start + track.frames) return true;
+    return false;
+}
+
 void LDemoSide::AddSurface(int frame, float& left, float& right) const {
     left += kHiss * 0.5f * (Noise(frame, 0) + Noise(frame - 1, 0));
     right += kHiss * 0.5f * (Noise(frame, 1) + Noise(frame - 1, 1));
@@ -155,7 +162,7 @@ void LDemoSide::AddSurface(int frame, float& left, float& right) const {
     const int slot = frame / kClickSlot;
     for (int s = std::max(slot - 1, 0); s <= slot; ++s) {
         const uint64_t hash = Mix(key_ ^ 0xC11C ^ (static_cast<uint64_t>(s) << 16));
-        if ((hash & 0xFFFF) >= kClickChance) continue;
+        if ((hash & 0xFFFF) >= kClickChance || !InTrack(s * kClickSlot)) continue;
         const int width = 6 + static_cast<int>((hash >> 16) % 34);
         const int at = frame - (s * kClickSlot + static_cast<int>((hash >> 24) % kClickSlot));
         if (at < 0 || at >= width) continue;

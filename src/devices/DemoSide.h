@@ -37,6 +37,9 @@ private:
     static constexpr int kSineBits = 12;
     static constexpr int kDecaySteps = 1024;
 
+    // Whether a frame lies in a track's music.
+    bool InTrack(int frame) const;
+
     struct Song {
         int start = 0;
         int frames = 0;

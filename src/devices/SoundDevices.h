@@ -72,6 +72,9 @@ public:
     // True once a finite input (the Virtual Turntable's file or demo side) has delivered all its
     // audio; it then delivers digital silence. Always false for real devices.
     virtual bool HasEnded() const = 0;
+    // After Stop: `frames` delivered in buffers that were never read. An input that plays a file
+    // plays them again to the next stream opened on it; a live input has nothing to give back.
+    virtual void GiveBack(int /*frames*/) {}
 };
 
 // Opens input device `id` asking for 16-bit samples at `sampleRate` and `channels`. Null with

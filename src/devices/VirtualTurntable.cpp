@@ -6,35 +6,73 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <mutex>
+#include <optional>
+#include <string>
 
 namespace {
 
 constexpr double kUnityGain = 1.25;
 constexpr double kMaxGain = 8;
 
+// Like a record that keeps turning, the file goes on where the last recording left it: a
+// turntable closed before the end of its file leaves the file here for the next one opened with
+// the same setting (a session stops and starts the recorder between tracks).
+struct ParkedSide {
+    std::mutex mutex;
+    std::string key;
+    std::optional<LSoundSource> source;
+};
+
+ParkedSide& Parked() {
+    static ParkedSide parked;
+    return parked;
+}
+
 } // namespace
 
 std::unique_ptr<LSoundInputStream> LVirtualTurntable::Open(std::string& error) {
     LVirtualDeviceSetting setting;
     if (!LReadVirtualDeviceSetting("VINORA_VIRTUAL_TURNTABLE", setting, error)) return nullptr;
+    const char* key = std::getenv("VINORA_VIRTUAL_TURNTABLE");
+    const std::string parkKey = key ? key : "";
+    {
+        ParkedSide& parked = Parked();
+        const std::lock_guard lock(parked.mutex);
+        if (parked.source && parked.key == parkKey) {
+            LSoundSource source = *parked.source;
+            parked.source.reset();
+            return std::make_unique<LVirtualTurntable>(source, setting.speed, parkKey);
+        }
+    }
     if (setting.path.empty())
-        return std::make_unique<LVirtualTurntable>(LSoundSource(new LDemoSide), setting.speed);
+        return std::make_unique<LVirtualTurntable>(LSoundSource(new LDemoSide), setting.speed,
+                                                   parkKey);
     LSoundSource source = LOpenAudioFileSource(setting.path.c_str());
     if (source->GetError() != sndErrNone) {
         error = "The Virtual Turntable cannot play \"" + setting.path +
                 "\": " + LSoundErrorText(source->GetError()) + ".";
         return nullptr;
     }
-    return std::make_unique<LVirtualTurntable>(source, setting.speed);
+    return std::make_unique<LVirtualTurntable>(source, setting.speed, parkKey);
 }
 
-LVirtualTurntable::LVirtualTurntable(LSoundSource source, double speed)
+LVirtualTurntable::LVirtualTurntable(LSoundSource source, double speed, std::string parkKey)
     : source_(std::move(source)), rate_(source_->GetSampleRate()),
       channels_(source_->GetChannels()), speed_(speed),
-      work_(static_cast<size_t>(kReadFrames) * channels_), thread_([this] { Run(); }) {}
+      work_(static_cast<size_t>(kReadFrames) * channels_), parkKey_(std::move(parkKey)),
+      thread_([this] { Run(); }) {}
 
 LVirtualTurntable::~LVirtualTurntable() {
     Stop();
+    ParkedSide& parked = Parked();
+    const std::lock_guard lock(parked.mutex);
+    parked.key = parkKey_;
+    if (exhausted_)
+        parked.source.reset();
+    else
+        parked.source = source_;
 }
 
 bool LVirtualTurntable::SetInputGain(double gain) {
@@ -76,6 +114,10 @@ void LVirtualTurntable::Stop() {
     if (thread_.joinable()) thread_.join();
 }
 
+void LVirtualTurntable::GiveBack(int frames) {
+    if (!exhausted_) source_->Seek(std::max(source_->GetPositionSample() - frames, 0));
+}
+
 void LVirtualTurntable::Run() {
     std::unique_lock lock(mutex_);
     for (;;) {
@@ -101,7 +143,11 @@ void LVirtualTurntable::Run() {
         } else {
             wake_.wait(lock, [this] { return stopping_ || !unreleased_; });
         }
-        if (stopping_) return;
+        if (stopping_) {
+            // The buffer was never delivered: the next turntable on this file plays it.
+            if (!end) source_->Seek(source_->GetPositionSample() - samples / channels_);
+            return;
+        }
         armed_ = nullptr;
         if (speed_ == 0) unreleased_ = buffer;
         if (end) ended_ = true;

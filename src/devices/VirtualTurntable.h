@@ -13,14 +13,17 @@
 // sound input, at the file's own rate and channel count. Its thread fills each armed buffer
 // from the file and completes it when the buffer's last frame is due at `speed` times real
 // time; at speed 0 it completes a buffer only once the one before has been released. Audio is
-// never dropped: a consumer that arms late gets the file where it left off.
+// never dropped: a consumer that arms late gets the file where it left off, and a turntable
+// opened again with the same setting goes on where the one before was closed (until the file
+// has ended; then it starts again from the beginning).
 class LVirtualTurntable : public LSoundInputStream {
 public:
     // The device as VINORA_VIRTUAL_TURNTABLE sets it up; null with `error` set when the file
     // cannot be played.
     static std::unique_ptr<LSoundInputStream> Open(std::string& error);
 
-    LVirtualTurntable(LSoundSource source, double speed);
+    // `parkKey` names the setting the turntable was opened with.
+    LVirtualTurntable(LSoundSource source, double speed, std::string parkKey = {});
     ~LVirtualTurntable() override;
 
     int GetSampleRate() const override { return rate_; }
@@ -31,6 +34,7 @@ public:
     void Release(int16_t* buffer) override;
     void Stop() override;
     bool HasEnded() const override { return ended_; }
+    void GiveBack(int frames) override;
 
 private:
     static constexpr int kReadFrames = 4096;
@@ -44,6 +48,7 @@ private:
     const int channels_;
     const double speed_;
     std::vector<int> work_;
+    const std::string parkKey_;
     bool exhausted_ = false;
     // The input gain as a 16.16 factor on the samples.
     std::atomic<int> gain_{65536};

@@ -124,8 +124,10 @@ bool LSoundRecLLQT::WaitForDataAndRead(LThread& thread, int* out) {
 void LSoundRecLLQT::Close() {
     if (stream_) {
         stream_->Stop();
+        stream_->GiveBack(frames_ * (int{readyA_} + int{readyB_}));
         stream_.reset();
     }
+    readyA_ = readyB_ = false;
     stopping_ = false;
     bufferA_ = {};
     bufferB_ = {};

@@ -19,6 +19,9 @@
 enum LSoundRecorderFlags : unsigned short {
     srfWaitForGo = 1,    // capture only after Go()
     srfRecordAtOnce = 2, // record from the first buffer instead of waiting for audio
+    // read the next buffer only once the owner has had the levels of the last one, so that it
+    // sees every report of an input that runs faster than real time (a file played as input)
+    srfPaced = 4,
 };
 
 // Records a sound input into a sink on a worker thread, with sound-activated recording: it can
@@ -96,6 +99,9 @@ private:
     std::atomic<bool> autoStop_ = false;
     std::atomic<bool> levelPending_ = false;
     std::atomic<bool> statePending_ = false;
+    bool paced_ = false;
+    LSignalObject levelsTaken_;
+    int generation_ = 0; // counts starts, so that a report of an old run releases nothing
 
     // The worker's buffers: the one just read and the one before it (for the pre-roll).
     std::vector<int> cur_;
@@ -122,6 +128,9 @@ bool LSoundRecorderTemplate<LowLevel>::Start(LSoundSink& sink, LSoundTime maxLen
     levelPending_ = false;
     statePending_ = false;
     state_ = flags & srfRecordAtOnce ? 2 : 1;
+    paced_ = (flags & srfPaced) != 0;
+    levelsTaken_.Reset();
+    ++generation_;
     started_.Reset();
     if (flags & srfWaitForGo)
         go_.Reset();
@@ -162,8 +171,11 @@ template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::EvNotify() {
             std::lock_guard guard(levelsLock_);
             levels = levels_;
         }
+        const int generation = generation_;
         notify_->srntfTime(GetLastLoud(), user_);
         notify_->srntfLevel(levels, user_);
+        // The owner may have stopped and started the recorder meanwhile.
+        if (paced_ && generation == generation_) levelsTaken_.Signal();
     }
     if (statePending_.exchange(false) && state_ != 0)
         Notify(state_ == 1 ? &LSoundRecorderNotify::srntfWait : &LSoundRecorderNotify::srntfRecord);
@@ -244,6 +256,10 @@ template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::ThreadFuncti
             if (lowLevel_.HasEnded()) autoStop_ = true;
             levelPending_ = true;
             PostQueueNotify();
+            if (paced_ && !autoStop_) {
+                if (ProcessWaitSignal(levelsTaken_, WAIT_FOREVER) != WAIT_SIGNALED) break;
+                levelsTaken_.Reset();
+            }
             // Once the recorder is to stop, nothing more is written; the owner's Stop, run by
             // the notification, ends the thread.
             if (autoStop_) {

@@ -1,6 +1,6 @@
 // The main window's behaviour without a window: the list, its commands, messages and questions,
 // answered by the scripted user interaction.
-#include "app/FileNamePattern.h"
+#include "record/FileNamePattern.h"
 #include "app/MainCommands.h"
 #include "app/MainDialog.h"
 
@@ -224,7 +224,7 @@ TEST_F(MainDialogTest, QueueMessagesUpdateTheStatusPanes) {
     dialog.OnMainNotify(WM_NOTIFY_FILES_PROCESSING, "", 0);
     dialog.OnMainNotify(WM_NOTIFY_FILES_PROCESSING, "", 0);
     EXPECT_EQ(dialog.StatusPane(2), "Files Being Processed: 2");
-    dialog.OnMessage(WM_SESSION_FINISHED, "", 1);
+    dialog.OnMessage(WM_RECORDING_SESSION_ENDED, "", 1);
     dialog.OnMainNotify(WM_NOTIFY_ADD, Tone(output / "a.wav").string(), 0);
     EXPECT_EQ(dialog.StatusPane(2), "Files Being Processed: 1");
     EXPECT_TRUE(ui.Calls().empty());

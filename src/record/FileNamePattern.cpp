@@ -1,4 +1,4 @@
-#include "app/FileNamePattern.h"
+#include "record/FileNamePattern.h"
 
 #include "platform/Paths.h"
 

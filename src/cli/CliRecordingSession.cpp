@@ -1,0 +1,94 @@
+#include "cli/CliRecordingSession.h"
+
+#include "app/MainDialog.h"
+#include "app/ProcessListThread.h"
+#include "cli/CliMainLoop.h"
+#include "devices/SoundDevices.h"
+#include "platform/Paths.h"
+#include "platform/UserFolders.h"
+
+#include <cstdio>
+
+std::optional<LSoundRecordDevice> CliVirtualTurntable() {
+    std::vector<LSoundDeviceInfo> devices;
+    GetSoundInputDevices(devices);
+    for (size_t i = 0; i < devices.size(); ++i)
+        if (devices[i].id == kVirtualTurntableId) return LSoundRecordDevice(static_cast<int>(i), 0);
+    return std::nullopt;
+}
+
+std::string CliTimeText(LSoundTime time) {
+    char text[32];
+    time._GetText2(text);
+    return text;
+}
+
+CliRecordingSession::CliRecordingSession(std::string outputFolder)
+    : outputFolder_(std::move(outputFolder)) {}
+
+std::string CliRecordingSession::OutputFolder() {
+    return outputFolder_.empty() ? MainDialog::GetVNOutputFolder() : outputFolder_;
+}
+
+bool CliRecordingSession::TempWavePath(char* out) {
+    return MainDialog::GetTempWaveFilePath(out);
+}
+
+bool CliRecordingSession::QueueConversion(const LProcessConvert& request) {
+    char folder[kPathBufferSize], path[kPathBufferSize];
+    if (!GetApplicationDataFolder(folder)) return false;
+    _MakeFilePath(path, folder, "vnprocesses.list");
+    return ProcessListFile::Append(path, &request, sizeof request);
+}
+
+void CliRecordingSession::PostToMainWindow(int message, int value) {
+    if (message == WM_RECORDING_SESSION_ENDED && value == 1) ended_ = true;
+}
+
+void CliRecordingSession::Refresh() {}
+
+void CliRecordingSession::Levels(const LDBMC& levels) {
+    ++reports_;
+
+}
+
+void CliRecordingSession::TrackKept(const std::string& name, const std::string& path,
+                                    LSoundTime length, LSoundTime tail) {
+    const LSoundTime end(static_cast<int32_t>(reports_ * 100) - tail.GetMS());
+    const LSoundTime start(end.GetMS() - length.GetMS());
+    tracks_.push_back({name, path, start, length});
+    std::printf("track %zu: %s  %s - %s  (%s)  queued as %s\n", tracks_.size(), name.c_str(),
+                CliTimeText(start).c_str(), CliTimeText(end).c_str(), CliTimeText(length).c_str(),
+                path.c_str());
+    std::fflush(stdout);
+}
+
+void CliRecordingSession::TrackDiscarded(const std::string& name, LSoundTime length) {
+    std::printf("discarded: %s (%s)\n", name.c_str(), CliTimeText(length).c_str());
+    std::fflush(stdout);
+}
+
+int CliRecordingSession::Run(std::optional<LSoundRecordDevice> device, bool paced, double seconds,
+                             bool untilSilence) {
+    CliMainLoop loop;
+    LRecordingPage page(*this, *this);
+    if (device) page.SetDevice(*device);
+    page.SetPaced(paced);
+    const auto showStatus = [&] {
+        if (page.Status() == lastStatus_) return;
+        lastStatus_ = page.Status();
+        std::fprintf(stderr, "%s\n", lastStatus_.c_str());
+    };
+    page.CmRecord(false);
+    if (!page.IsRecording()) return 2;
+    const int64_t limit = seconds > 0 ? static_cast<int64_t>(seconds * 10) : 0;
+    const bool finished = loop.Run([&] {
+        showStatus();
+        if (limit > 0 && reports_ >= limit) return true;
+        if (untilSilence && !tracks_.empty()) return true;
+        return ended_ || !page.IsRecording();
+    });
+    if (page.IsRecording()) page.CmStopSession(false);
+    showStatus();
+    return finished ? 0 : 1;
+}

@@ -1,0 +1,339 @@
+#include "record/RecordingPage.h"
+
+#include "codecs/WaveFile.h"
+#include "jobs/UserInteraction.h"
+#include "platform/Log.h"
+#include "platform/Paths.h"
+#include "platform/ProgramInfo.h"
+#include "platform/Settings.h"
+#include "platform/UserFolders.h"
+#include "record/DiscSpace.h"
+#include "record/RecordingOutput.h"
+#include "record/SoundRecordDevice.h"
+
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr int kSampleRate = 44100;
+constexpr unsigned char kChannels = 2;
+constexpr int32_t kSilenceTimeMs = 4000;
+
+const char* const kSection = "Settings";
+
+bool Flag(const char* key, bool fallback) {
+    return LUserSettingGet<bool>(kSection, key, fallback);
+}
+
+std::string TimeText(LSoundTime time) {
+    char text[32];
+    time._GetText2(text);
+    return text;
+}
+
+void CopyText(char (&field)[260], const char* text) {
+    std::snprintf(field, sizeof field, "%s", text);
+}
+
+} // namespace
+
+LRecordingPage::LRecordingPage(LRecordingHost& host, LRecordingView& view)
+    : host_(host), view_(view), recorder_(this) {
+    sessionTime_.SetText(LUserSettingGetString("RecordingPage", "TotalTime", "0:00:00.00").c_str());
+    RefreshSpace(false);
+}
+
+LRecordingPage::~LRecordingPage() {
+    recorder_.Stop();
+}
+
+std::string LRecordingPage::RecordedTime() const {
+    return TimeText(currentTime_);
+}
+
+std::string LRecordingPage::SessionTime() const {
+    return TimeText(LSoundTime(sessionTime_.GetMS() + currentTime_.GetMS()));
+}
+
+std::string LRecordingPage::FreeDiskSpace() const {
+    struct statvfs info {};
+    if (statvfs(kTemporaryRecordingFolder, &info) != 0) return "N/A";
+    char text[64];
+    std::snprintf(text, sizeof text, "%.2f GB",
+                  static_cast<double>(info.f_bavail) * info.f_frsize / (1024.0 * 1024 * 1024));
+    return text;
+}
+
+int LRecordingPage::CurrentPosition() const {
+    return sink_->GetPosition();
+}
+
+void LRecordingPage::SetStatus(const char* status) {
+    status_ = status;
+    view_.Refresh();
+}
+
+void LRecordingPage::ResetDetection() {
+    if (detector_) detector_->Reset();
+}
+
+void LRecordingPage::RefreshSpace(bool addCurrent) {
+    remaining_ = GetRemainingCDSpace(LGetOutputFormatNum(), currentTime_, addCurrent, sessionTime_,
+                                     pausedTime_);
+    if (remaining_.find("(Disc Capacity Exceeded)") != std::string::npos &&
+        LUserSettingGet<bool>("RecordingPage", "RecordingSessionStarted", false)) {
+        UserInteraction().ShowTip(
+            "Disc Capacity Exceeded",
+            "It is safe to continue your recording session, but you will not be able to burn "
+            "your files to disc immediately after your recordings are completed.\r\n\r\nTo "
+            "correct this issue, go back to the Vinora Records main window after your session is "
+            "over and select only as many files as will fit onto your disc. Then click the "
+            "\"Burn Audio\" or \"Burn MP3\" button to burn to disc.");
+        LUserSettingSet<bool>("RecordingPage", "RecordingSessionStarted", false);
+    }
+}
+
+void LRecordingPage::CmRecord(bool resume) {
+    if (active_ && !paused_) return;
+    LTrackDetector::Settings settings;
+    settings.noiseFloor = LUserSettingGet<int>(kSection, "dBNoiseFloor", -25);
+    settings.recordAudioOnly = Flag("RecordAudioOnly", true);
+    settings.autoSplit = Flag("AutoSplitTracks", true);
+    settings.autoSplitTime = LUserSettingGet<int>(kSection, "AutoSplitTime", 2);
+    settings.historyCapacity = std::max(LUserSettingGet<int>(kSection, "AutoSplitTime", 5) * 12, 30);
+    detector_ = std::make_unique<LTrackDetector>(settings);
+    RecordStart(resume);
+}
+
+void LRecordingPage::RecordStart(bool resume) {
+    if (!resume) {
+        if (!host_.TempWavePath(tempPath_)) tempPath_[0] = 0;
+        char name[kPathBufferSize];
+        GetNewRecordingFileName(name, host_.OutputFolder().c_str());
+        name_ = name;
+        sink_ = LWaveFile::OpenSinkPCM(tempPath_, kSampleRate, kChannels, 16, 0);
+        if (!tempPath_[0] || (sink_->GetError() & 1)) {
+            char text[600];
+            std::snprintf(text, sizeof text,
+                          "%s cannot open the file \"%s\" for recording.\r\n\r\nPlease check you "
+                          "have selected the correct output folder in settings.",
+                          kProgramName, tempPath_);
+            UserInteraction().ShowError(text);
+            DeleteRecording();
+            return;
+        }
+        currentTime_ = pausedTime_ = LSoundTime();
+    }
+    paused_ = false;
+    recorder_.Stop();
+    recorder_.GetLowLevel().SetDevice(
+        device_.value_or(LSettingGetSoundRecordDevice(kSection, "SoundInDevice")));
+    recorder_.GetLowLevel().SetVolume(
+        static_cast<int8_t>(std::clamp(LUserSettingGet<int>("Recording", "Volume", -20), -127, 127)));
+    const int floor = LUserSettingGet<int>(kSection, "dBNoiseFloor", -25);
+    ResetDetection();
+    const int threshold =
+        Flag("RecordAudioOnly", true) ? std::clamp(floor + 2, -127, 127) : LDB::kSilence;
+    if (!recorder_.Start(sink_, LSoundTime(0), static_cast<int8_t>(threshold),
+                         LSoundTime(kSilenceTimeMs), paced_ ? srfPaced : 0)) {
+        char text[600];
+        std::snprintf(text, sizeof text,
+                      "%s cannot open the sound device for recording.\r\n\r\nPlease check you "
+                      "have selected the correct Sound Record Device in the Options dialog.",
+                      kProgramName);
+        UserInteraction().ShowError(text);
+        sink_.Close();
+        DeleteRecording();
+        return;
+    }
+    active_ = true;
+    lastPosition_ = 0;
+    format_ = LRecordingFormatText(LGetOutputFormatNum());
+    SetStatus("Waiting for audio stream");
+    LOG("Recording to file %s", name_.c_str());
+}
+
+void LRecordingPage::DeleteRecording() {
+    if (tempPath_[0]) unlink(tempPath_);
+    tempPath_[0] = 0;
+}
+
+void LRecordingPage::CmRecordPause() {
+    if (recorder_.GetState() == 0 || paused_) return;
+    paused_ = true;
+    pausedTime_ = currentTime_;
+    stopping_ = true;
+    recorder_.Stop();
+    stopping_ = false;
+    ResetDetection();
+    view_.Refresh();
+}
+
+void LRecordingPage::CmRecordRestart() {
+    const bool wasRecording = active_;
+    CmRecordPause();
+    active_ = false;
+    sink_.Close();
+    DeleteRecording();
+    iNextAutoNumber = std::max(iNextAutoNumber - 1, 0);
+    currentTime_ = pausedTime_ = LSoundTime();
+    paused_ = false;
+    ResetDetection();
+    if (wasRecording) CmRecord(false);
+    view_.Refresh();
+}
+
+void LRecordingPage::CmRecordStop(bool discard) {
+    if (!active_) return;
+    active_ = false;
+    if (!discard && !(detector_ && detector_->IsStarted())) {
+        LOG("Recording discarded due to no detection of an audio stream");
+        discard = true;
+    }
+    ResetDetection();
+    paused_ = false;
+    // A recorder that stopped by itself has already cut the silence at the end.
+    const int recorded = std::max(sink_->GetPosition(), lastPosition_);
+    LOG("Stopped recording to file %s (File Length: %s)", name_.c_str(),
+        TimeText(LSoundTime::FromSamples(recorded, kSampleRate)).c_str());
+    status_ = "Idle";
+    stopping_ = true;
+    recorder_.Stop();
+    stopping_ = false;
+    const LSoundTime length = LSoundTime::FromSamples(sink_->GetPosition(), kSampleRate);
+    tail_ = LSoundTime::FromSamples(recorded - sink_->GetPosition(), kSampleRate);
+    if (!discard) {
+        SaveRecording();
+    } else {
+        sink_.Close();
+        DeleteRecording();
+        iNextAutoNumber = std::max(iNextAutoNumber - 1, 0);
+        view_.TrackDiscarded(name_, length);
+        host_.PostToMainWindow(WM_RECORDING_DISCARDED, 0);
+    }
+    currentTime_ = pausedTime_ = LSoundTime();
+    view_.Refresh();
+}
+
+void LRecordingPage::SaveRecording() {
+    const LSoundTime length = LSoundTime::FromSamples(sink_->GetPosition(), kSampleRate);
+    // The last handle: the file gets its final header.
+    sink_.Close();
+    const std::string name = name_;
+    name_ = format_ = "N/A";
+    LSoundTime minimum;
+    if (Flag("UseMinTime", false))
+        minimum.SetText(LUserSettingGetString(kSection, "MinTime", "0:00:00.00").c_str());
+    if (length < minimum) {
+        const char* text = "The recording was discarded because no audio stream was detected or "
+                           "the recording was less than 2 seconds in length.";
+        LOGWARN("%s", text);
+        UserInteraction().ShowTip("Recording Discarded", text);
+        DeleteRecording();
+        view_.TrackDiscarded(name, length);
+        return;
+    }
+    RefreshSpace(true);
+    LUserSettingSet<int>("RecordingPage", "CurrentSize", 0);
+    const int outputFormat = LGetOutputFormatNum();
+    const LOutputFormat& format = LGetOutputFormat(outputFormat);
+    const bool copy = LUserSettingGet<bool>("OutputFormat", "MakeCopy", false);
+    const std::string copyFolder = copy ? LUserSettingGetString("OutputFormat", "OutputFolder") : "";
+    const std::string folder = host_.OutputFolder();
+    char destination[kPathBufferSize];
+    _MakeFilePath(destination, folder.c_str(), name.c_str(), format.extension);
+    const std::string lengthText = TimeText(length);
+    if (!CmConvertFile(tempPath_, destination, folder.c_str(), format.extension, lengthText.c_str(),
+                       format.convert, copy, copyFolder.c_str())) {
+        LOGERROR("File conversion FAILED");
+        return;
+    }
+    sessionTime_ = LSoundTime(sessionTime_.GetMS() + length.GetMS());
+    LUserSettingSetString("RecordingPage", "TotalTime", TimeText(sessionTime_).c_str());
+    view_.TrackKept(name, destination, length, tail_);
+    tempPath_[0] = 0;
+}
+
+bool LRecordingPage::CmConvertFile(const char* source, const char* destination, const char* folder,
+                                   const char* extension, const char* lengthText, bool convert,
+                                   bool copyToFolder, const char* copyFolder) {
+    if (!source[0] || !folder[0] || !extension[0] || !lengthText[0]) return false;
+    LProcessConvert request;
+    CopyText(request.sourcePath, source);
+    CopyText(request.destinationPath, destination);
+    CopyText(request.outputFolder, folder);
+    CopyText(request.outputExtension, extension);
+    CopyText(request.lengthText, lengthText);
+    CopyText(request.copyFolder, copyFolder);
+    request.restore = 1;
+    request.convert = convert;
+    request.addToList = 1;
+    request.deleteSource = 1;
+    request.copyToFolder = copyToFolder;
+    if (!host_.QueueConversion(request)) return false;
+    host_.PostToMainWindow(WM_RECORDING_FILE_QUEUED, 0);
+    return true;
+}
+
+bool LRecordingPage::CmExit() {
+    if (active_) {
+        const LMessageAnswer answer = UserInteraction().ShowMessage(
+            kProgramName,
+            "You are currently in the middle of a recording - are you sure you want to finish the "
+            "Recording Session? The current recording will be lost if you click OK. To avoid this "
+            "message, stop your recordings before ending the session.",
+            LMessageButtons::OkCancel);
+        if (answer != LMessageAnswer::Ok) return false;
+        CmRecordStop(true);
+    }
+    const int outputFormat = LGetOutputFormatNum();
+    if (outputFormat == 2 || outputFormat == 3) host_.PostToMainWindow(WM_RECORDING_START_BURN, 0);
+    if (outputFormat == 4) host_.PostToMainWindow(WM_RECORDING_START_BURN, 1);
+    LUserSettingSetString("RecordingPage", "TotalTime", TimeText(sessionTime_).c_str());
+    UpdateTotalSizeBytes();
+    ResetDetection();
+    return true;
+}
+
+void LRecordingPage::CmStopSession(bool discard) {
+    CmRecordStop(discard);
+    if (!discard) host_.PostToMainWindow(WM_RECORDING_SESSION_ENDED, 1);
+}
+
+void LRecordingPage::srntfRecord(long) {
+    view_.Refresh();
+}
+
+void LRecordingPage::srntfWait(long) {
+    view_.Refresh();
+}
+
+void LRecordingPage::srntfStop(long) {
+    // The recorder stopped by itself (the input ended): the track is kept as Stop keeps it.
+    if (stopping_) return;
+    CmStopSession(false);
+}
+
+void LRecordingPage::srntfTime(LSoundTime time, long) {
+    currentTime_ = LSoundTime(pausedTime_.GetMS() + time.GetMS());
+    RefreshSpace(false);
+    view_.Refresh();
+}
+
+void LRecordingPage::srntfLevel(const LDBMC& levels, long) {
+    view_.Levels(levels);
+    if (!detector_ || paused_ || recorder_.GetState() == 0) return;
+    lastPosition_ = sink_->GetPosition();
+    const LTrackDetector::Result result =
+        detector_->OnLevel(levels, lastPosition_, sink_->GetSampleRate());
+    if (result.verified) SetStatus("Recording");
+    if (result.ended) {
+        CmRecordStop(false);
+        CmRecord(false);
+    }
+}
