@@ -1,6 +1,5 @@
 // The main window's behaviour without a window: the list, its commands, messages and questions,
 // answered by the scripted user interaction.
-#include "record/FileNamePattern.h"
 #include "app/MainCommands.h"
 #include "app/MainDialog.h"
 
@@ -93,28 +92,6 @@ TEST(RecordingsListFormatTest, SizesAndTimes) {
     setenv("TZ", "UTC", 1);
     tzset();
     EXPECT_EQ(FormatRecordingTime(1235977509), "2009-03-02   07:05:09");
-}
-
-TEST(FileNamePatternTest, ReplacesArguments) {
-    setenv("TZ", "UTC", 1);
-    tzset();
-    const std::time_t july5 = 1278331200; // 2010-07-05 12:00:00
-    const struct {
-        const char* pattern;
-        int number;
-        const char* expected;
-    } cases[] = {
-        {"Rec %YYYY%-%MM%-%DD% %autonumber%", 3, "Rec 2010-07-05 03"},
-        {"Side %AUTONUMBER%", 123, "Side 123"},
-        {"a%unknown%b", 1, "ab"},
-        {"100%% %HH%:%MIN%:%SS%", 1, "100% 12:00:00"},
-        {"open %YYYY", 1, "open 2010"},
-    };
-    for (const auto& c : cases) {
-        char out[260];
-        CreateFormatedFileName(out, c.pattern, c.number, july5);
-        EXPECT_STREQ(out, c.expected) << c.pattern;
-    }
 }
 
 TEST_F(MainDialogTest, AddsFilesOnceByNameAndReportsFailuresTogether) {

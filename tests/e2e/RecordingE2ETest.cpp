@@ -1,0 +1,118 @@
+// Recording sessions end to end: a whole side split into its tracks by vinora-cli split-side,
+// converted by the queue; a session killed in its second track loses nothing already kept.
+#include "devices/DemoSide.h"
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fcntl.h>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Cli(const std::string& arguments, int* status = nullptr) {
+    return RunCommand(std::string(VINORA_CLI) + " " + arguments + " 2>/dev/null", status);
+}
+
+double Seconds(const std::string& text) {
+    int h = 0, m = 0;
+    double s = 0;
+    std::sscanf(text.c_str(), "%d:%d:%lf", &h, &m, &s);
+    return h * 3600 + m * 60 + s;
+}
+
+TEST(RecordingE2E, SplitsTheDemoSideIntoItsTracks) {
+    TempHome home;
+    const fs::path side = home.Path() / "side.wav";
+    int status = -1;
+    RunCommand("VINORA_VIRTUAL_TURNTABLE=,speed=0 " + std::string(VINORA_CLI) + " capture " +
+                   ShellQuote(side) + " --device 'Virtual Turntable' 2>/dev/null",
+               &status);
+    ASSERT_EQ(status, 0);
+    Cli("settings set OutputFormat OutputFormatNum 0");
+    const std::string printed = Cli("split-side " + ShellQuote(side), &status);
+    ASSERT_EQ(status, 0) << printed;
+
+    std::istringstream lines(printed);
+    std::vector<std::string> paths;
+    const LDemoSide demo;
+    size_t index = 0;
+    for (std::string text; std::getline(lines, text);) {
+        // "track 1: Untitled 01  0:00:01.45 - 0:00:33.45  (0:00:32.00)  queued as PATH"
+        if (text.rfind("track ", 0) != 0) continue;
+        const std::size_t times = text.find("  ") + 2, queued = text.find("  queued as ");
+        char start[32], end[32], length[32];
+        ASSERT_EQ(std::sscanf(text.c_str() + times, "%31s - %31s  (%31[^)])", start, end, length), 3)
+            << text;
+        ASSERT_LT(index, demo.GetTracks().size()) << printed;
+        const LDemoSide::Track& track = demo.GetTracks()[index++];
+        EXPECT_NEAR(Seconds(start), track.start / 44100.0, 0.5) << text;
+        EXPECT_NEAR(Seconds(end), (track.start + track.frames) / 44100.0, 0.5) << text;
+        EXPECT_GE(Seconds(length), 2.0) << text;
+        paths.push_back(text.substr(queued + 12));
+    }
+    EXPECT_EQ(index, demo.GetTracks().size()) << printed;
+
+    Cli("queue run", &status);
+    ASSERT_EQ(status, 0);
+    for (const std::string& path : paths) {
+        const std::string probed = RunCommand(
+            "ffprobe -v error -show_entries format=duration -of csv=p=0 " + ShellQuote(path));
+        EXPECT_GT(std::atof(probed.c_str()), 2.0) << path;
+    }
+}
+
+TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {
+    TempHome home;
+    const fs::path side = home.Path() / "side.wav";
+    // One 4 s song, 3 s of quiet, then a song long enough to be killed in.
+    RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(home.Path() / "a.wav") +
+               " synth 4 sine 440 vol 0.5 && sox -n -r 44100 -c 2 -b 16 " +
+               ShellQuote(home.Path() / "b.wav") + " synth 3 whitenoise vol 0.001 && sox -n -r "
+               "44100 -c 2 -b 16 " + ShellQuote(home.Path() / "c.wav") +
+               " synth 30 sine 330 vol 0.5 && sox " + ShellQuote(home.Path() / "a.wav") + " " +
+               ShellQuote(home.Path() / "b.wav") + " " + ShellQuote(home.Path() / "c.wav") + " " +
+               ShellQuote(side));
+    Cli("settings set OutputFormat OutputFormatNum 0");
+    const fs::path printed = home.Path() / "printed.txt";
+    const pid_t pid = fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        setenv("VINORA_VIRTUAL_TURNTABLE", (side.string() + ",speed=4").c_str(), 1);
+        const int out = ::open(printed.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        dup2(out, STDOUT_FILENO);
+        execl(VINORA_CLI, VINORA_CLI, "record", "--device", "Virtual Turntable", nullptr);
+        _exit(127);
+    }
+    // Wait for the first track to be queued, then kill the session in the second.
+    const fs::path queue = home.DataHome() / "Brakwater Software/Vinora/vnprocesses.list";
+    for (int i = 0; i < 200 && !(fs::exists(queue) && fs::file_size(queue) > 8); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    kill(pid, SIGKILL);
+    waitpid(pid, nullptr, 0);
+    ASSERT_EQ(fs::file_size(queue), 8u + 1825u);
+    const std::string listed = Cli("queue list");
+    const std::string source = listed.substr(0, listed.find(" -> "));
+    EXPECT_EQ(source.rfind("/var/tmp/", 0), 0u) << listed;
+    EXPECT_TRUE(fs::exists(source)) << listed;
+
+    int status = -1;
+    Cli("queue run", &status);
+    EXPECT_EQ(status, 0);
+    const std::string output = listed.substr(listed.find(" -> ") + 4, listed.find('\n') - listed.find(" -> ") - 4);
+    const std::string length = RunCommand("soxi -D " + ShellQuote(output));
+    EXPECT_NEAR(std::atof(length.c_str()), 4.0, 0.3) << output;
+    EXPECT_FALSE(fs::exists(source));
+}
+
+} // namespace

@@ -1,0 +1,196 @@
+// The recording session's decisions without a sound device: track starts and ends from scripted
+// level reports, naming, disc space, the noise floor measurement and the meter's colours.
+#include "record/DiscSpace.h"
+#include "record/FileNamePattern.h"
+#include "record/LevelMeterScale.h"
+#include "record/NoiseFloor.h"
+#include "record/RecordingOutput.h"
+#include "record/TrackDetector.h"
+
+#include "platform/Settings.h"
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kRate = 44100;
+constexpr int kReport = kRate / 10; // frames per 100 ms report
+
+LDBMC Levels(int db) {
+    LDBMC levels;
+    levels.count = 2;
+    levels.values[0] = levels.values[1] = static_cast<int8_t>(db);
+    return levels;
+}
+
+// Feeds one level per report while the recording grows by 100 ms each; returns the report
+// indexes at which a start was verified and a track ended.
+struct Outcome {
+    std::vector<int> verified;
+    std::vector<int> ended;
+};
+
+Outcome Feed(LTrackDetector& detector, const std::vector<int>& levels) {
+    Outcome outcome;
+    int position = 0;
+    for (int i = 0; i < static_cast<int>(levels.size()); ++i) {
+        position += kReport;
+        const LTrackDetector::Result result = detector.OnLevel(Levels(levels[i]), position, kRate);
+        if (result.verified) outcome.verified.push_back(i);
+        if (result.ended) {
+            outcome.ended.push_back(i);
+            detector.Reset();
+            position = 0;
+        }
+    }
+    return outcome;
+}
+
+std::vector<int> Reports(int db, int reports) {
+    return std::vector<int>(static_cast<std::size_t>(reports), db);
+}
+
+std::vector<int> operator+(std::vector<int> a, const std::vector<int>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+TEST(TrackDetectorTest, VerifiesAStartTwoSecondsAfterTheCandidate) {
+    TempHome home;
+    LTrackDetector detector({.noiseFloor = -25});
+    // Waiting at the floor, then music at -12 dB: the candidate at report 10, verified 2 s on.
+    const Outcome outcome = Feed(detector, Reports(-40, 10) + Reports(-12, 30));
+    EXPECT_EQ(outcome.verified, std::vector<int>{30});
+    EXPECT_EQ(LUserSettingGet<int>("RecordingPage", "LastAveragedBLevel", 0), -12);
+
+    // A candidate whose level settles back to the floor + 4 dB within the two seconds is dropped.
+    LTrackDetector settling({.noiseFloor = -25});
+    EXPECT_TRUE(Feed(settling, Reports(-19, 1) + Reports(-21, 18) + Reports(-40, 10)).verified.empty());
+
+    // Without waiting for audio the first report verifies.
+    LTrackDetector atOnce({.noiseFloor = -25, .recordAudioOnly = false});
+    EXPECT_EQ(Feed(atOnce, Reports(-60, 1)).verified, std::vector<int>{0});
+}
+
+TEST(TrackDetectorTest, EndsATrackAfterSixteenReportsOfSilence) {
+    TempHome home;
+    LTrackDetector detector({.noiseFloor = -25, .autoSplitTime = 2});
+    // Verified at report 20; a report below -23 dB at 50 opens the end check, which closes the
+    // track 1.6 s later (16 reports of one eighth of a second each).
+    const Outcome outcome = Feed(detector, Reports(-10, 50) + Reports(-30, 20));
+    EXPECT_EQ(outcome.verified, std::vector<int>{20});
+    EXPECT_EQ(outcome.ended, std::vector<int>{66});
+
+    // A quiet passage that the music comes back into is not an end.
+    LTrackDetector passage({.noiseFloor = -25});
+    EXPECT_TRUE(Feed(passage, Reports(-10, 50) + Reports(-30, 5) + Reports(-8, 40)).ended.empty());
+
+    // A gap quieter than every bound still ends the track.
+    LTrackDetector quiet({.noiseFloor = -25});
+    EXPECT_EQ(Feed(quiet, Reports(-10, 50) + Reports(-45, 20)).ended, std::vector<int>{66});
+}
+
+TEST(FileNamePatternTest, ReplacesArguments) {
+    setenv("TZ", "UTC", 1);
+    tzset();
+    const std::time_t july5 = 1278331200; // 2010-07-05 12:00:00
+    const struct {
+        const char* pattern;
+        int number;
+        const char* expected;
+    } cases[] = {
+        {"Rec %YYYY%-%MM%-%DD% %autonumber%", 3, "Rec 2010-07-05 03"},
+        {"Side %AUTONUMBER%", 123, "Side 123"},
+        {"a%unknown%b", 1, "ab"},
+        {"100%% %HH%:%MIN%:%SS%", 1, "100% 12:00:00"},
+        {"open %YYYY", 1, "open 2010"},
+    };
+    for (const auto& c : cases) {
+        char out[260];
+        CreateFormatedFileName(out, c.pattern, c.number, july5);
+        EXPECT_STREQ(out, c.expected) << c.pattern;
+    }
+}
+
+TEST(RecordingNamesTest, SkipExistingNamesAndCountOn) {
+    TempHome home;
+    const fs::path output = home.Path() / "out";
+    fs::create_directories(output);
+    LUserSettingSetString("OutputFormat", "FileNameFormat", "Side %autonumber% %YYYY%");
+    char year[8];
+    const std::time_t now = std::time(nullptr);
+    std::strftime(year, sizeof year, "%Y", std::localtime(&now));
+    std::ofstream(output / ("Side 03 " + std::string(year) + ".mp3")) << "x";
+    iNextAutoNumber = 3;
+    char name[260];
+    GetNewRecordingFileName(name, output.c_str());
+    EXPECT_EQ(std::string(name), "Side 04 " + std::string(year));
+    EXPECT_EQ(iNextAutoNumber, 5);
+}
+
+TEST(DiscSpaceTest, TextsForDataDiscsAndAudioCDs) {
+    TempHome home;
+    EXPECT_EQ(LRecordingBytes(LSoundTime(90'000)), 15'876'000);
+    LUserSettingSetString("CD", "Capacity", "700 MB");
+    EXPECT_EQ(GetRemainingCDSpace(2, LSoundTime(90'000), false, {}, {}), "684.859 MB");
+    LUserSettingSet<int>("RecordingPage", "TotalSize", 700 * 1048576);
+    EXPECT_EQ(GetRemainingCDSpace(3, LSoundTime(90'000), false, {}, {}),
+              "-15.141 MB (Disc Capacity Exceeded)");
+    LUserSettingSetString("CD", "Capacity", "0 MB");
+    EXPECT_EQ(GetRemainingCDSpace(2, LSoundTime(0), false, {}, {}), "0.000 MB (Disc Already Used)");
+    LUserSettingSetString("CD", "Capacity", "1:20:00");
+    EXPECT_EQ(GetRemainingCDSpace(4, LSoundTime(60'000), false, LSoundTime(600'000), {}),
+              "1:09:00.00");
+    EXPECT_EQ(GetRemainingCDSpace(4, LSoundTime(60'000), false, LSoundTime(5'000'000), {}),
+              "0:00:00.00 (Disc Capacity Exceeded)");
+    LUserSettingSetString("CD", "Capacity", "no disc in drive");
+    EXPECT_EQ(GetRemainingCDSpace(4, {}, false, {}, {}), "no disc in drive");
+    EXPECT_EQ(GetRemainingCDSpace(1, {}, false, {}, {}), "N/A");
+}
+
+TEST(NoiseFloorTest, MeasuresTheUpperTenthAndWarnsOfMusic) {
+    TempHome home;
+    const auto measure = [](const std::vector<int>& levels) {
+        LNoiseFloorMeasure noise;
+        noise.Start(0);
+        int position = 0;
+        for (int db : levels) {
+            position += kReport;
+            if (noise.OnLevel(Levels(db), position, kRate) == LNoiseFloorMeasure::State::Done)
+                break;
+        }
+        return noise;
+    };
+    const LNoiseFloorMeasure hiss = measure(Reports(-52, 25));
+    EXPECT_EQ(hiss.Floor(), -52);
+    EXPECT_FALSE(hiss.SignalDetected());
+    EXPECT_EQ(LUserSettingGet<int>("Settings", "dBNoiseFloor", 0), -52);
+    EXPECT_TRUE(measure(Reports(-52, 10) + Reports(-5, 15)).SignalDetected());
+    EXPECT_EQ(LLastNoiseFloorText(), "Last Set Noise Floor: -5 dB");
+    EXPECT_FALSE(LIsUnusualNoiseFloor(-50));
+    EXPECT_TRUE(LIsUnusualNoiseFloor(-61));
+    EXPECT_TRUE(LIsUnusualNoiseFloor(13));
+}
+
+TEST(LevelMeterScaleTest, GreenYellowOrangeRed) {
+    LDBMeterScale scale;
+    scale.CalculateColours(200);
+    EXPECT_EQ(scale.MapDBToPixel(-48), 0);
+    EXPECT_EQ(scale.MapDBToPixel(-24), 100);
+    using Colour = LDBMeterScale::Colour;
+    EXPECT_EQ(scale.ColourAt(0), (Colour{0, 0xFF00, 0}));
+    EXPECT_EQ(scale.ColourAt(scale.MapDBToPixel(-24)), (Colour{0xFF00, 0xFF00, 0}));
+    EXPECT_EQ(scale.MapPixelToColour(200), (Colour{0xFF00, 0x9900, 0}));
+    EXPECT_EQ(scale.MapPixelToColour(201), (Colour{0xFF00, 0, 0}));
+    EXPECT_EQ(scale.LabelStep(), 6);
+}
+
+} // namespace
