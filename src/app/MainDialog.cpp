@@ -617,6 +617,10 @@ void MainDialog::Shutdown() {
     gMainNotify.SetTarget(nullptr);
 }
 
+bool MainDialog::QueueConversion(const LProcessConvert& request) {
+    return thrConvertList.Add(request);
+}
+
 std::string MainDialog::GetVNOutputFolder() {
     char dataFolder[kPathBufferSize];
     GetApplicationDataFolder(dataFolder);

@@ -62,7 +62,7 @@ struct LMainDialogWindows {
 // The main window's behaviour: the recordings list of the output folder, its commands and
 // their enabled states, the messages background work posts, start-up and the exit checks.
 // Runs on the GUI thread; the window (LMainDialogView) only shows what this holds.
-class MainDialog : public LMainNotifyTarget {
+class MainDialog : public LMainNotifyTarget, public LRecordingHost {
 public:
     MainDialog(LMainDialogView& view, LMainDialogWindows windows);
     ~MainDialog();
@@ -109,6 +109,13 @@ public:
     bool CanClose();
     // Stops the queue thread; its current request stays queued for the next start.
     void Shutdown();
+
+    // What recording sessions opened from this window use: the output folder, temporary
+    // recordings, the processing queue and this window's messages.
+    std::string OutputFolder() override { return GetVNOutputFolder(); }
+    bool TempWavePath(char* out) override { return GetTempWaveFilePath(out); }
+    bool QueueConversion(const LProcessConvert& request) override;
+    void PostToMainWindow(int message, int value) override { Post(message, {}, value); }
 
     static std::string GetVNOutputFolder();
     static std::string GetDefaultOutputFolder();

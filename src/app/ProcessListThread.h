@@ -60,12 +60,14 @@ public:
         if (ProcessListFile::Resume(path_.c_str(), sizeof(Record)) && start) StartLocked();
     }
 
-    // Appends a request and starts the thread when it is not working through the list.
-    void Add(const Record& request) {
+    // Appends a request and starts the thread when it is not working through the list. False
+    // when the request could not be stored.
+    bool Add(const Record& request) {
         std::lock_guard guard(mutex_);
-        ProcessListFile::Append(path_.c_str(), &request, sizeof(Record));
+        if (!ProcessListFile::Append(path_.c_str(), &request, sizeof(Record))) return false;
         requestsAdded_ += 1;
         if (!active_) StartLocked();
+        return true;
     }
 
     // The running job's fraction as overall progress.

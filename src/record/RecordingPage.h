@@ -79,6 +79,9 @@ public:
                        const char* extension, const char* lengthText, bool convert,
                        bool copyToFolder, const char* copyFolder);
 
+    // The user typed a name for the recording under way.
+    void SetName(const std::string& name) { name_ = name; }
+
     // The window's texts.
     const std::string& Status() const { return status_; }
     const std::string& Name() const { return name_; }

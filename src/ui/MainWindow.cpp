@@ -85,6 +85,9 @@ LMainWindow::LMainWindow(LMainDialogWindows windows)
 
 LMainWindow::~LMainWindow() {
     dialog_->Shutdown();
+    // The list and its model read the dialog: they go before it does.
+    delete list_;
+    delete model_;
 }
 
 QAction* LMainWindow::Action(int command) const {

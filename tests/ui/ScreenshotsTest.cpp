@@ -5,6 +5,10 @@
 #include "support/TempHome.h"
 #include "ui/MainWindow.h"
 #include "ui/ProgressDialog.h"
+#include "ui/QtMainThreadQueue.h"
+#include "ui/RecordingWindow.h"
+#include "devices/SoundDevices.h"
+#include "record/SoundRecordDevice.h"
 
 #include <gtest/gtest.h>
 
@@ -72,6 +76,29 @@ TEST_F(Screenshots, MainWindowAndProgress) {
 
     PictureJob job{"progress-window"};
     ProcessRunAsDialog(&window, "Converting Files", job);
+
+    // A session on the demo side, a moment after its first track started.
+    setenv("VINORA_VIRTUAL_TURNTABLE", ",speed=1", 1);
+    std::vector<LSoundDeviceInfo> devices;
+    GetSoundInputDevices(devices);
+    for (size_t i = 0; i < devices.size(); ++i)
+        if (devices[i].id == kVirtualTurntableId)
+            LSettingSetSoundRecordDevice("Settings", "SoundInDevice",
+                                         LSoundRecordDevice(static_cast<int>(i), 0));
+    LQtMainThreadQueue queue;
+    LMainThreadQueue::SetCurrent(&queue);
+    {
+        LRecordingWindow recording(window.Dialog(), &window);
+        recording.resize(640, 360);
+        recording.show();
+        recording.Page().CmRecord(false);
+        QTest::qWaitFor([&] { return recording.Page().Status() == "Recording"; }, 8000);
+        QTest::qWait(700);
+        Save(recording, "recording-window");
+        recording.Page().CmStopSession(true);
+    }
+    LMainThreadQueue::SetCurrent(nullptr);
+    unsetenv("VINORA_VIRTUAL_TURNTABLE");
 }
 
 } // namespace

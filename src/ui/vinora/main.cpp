@@ -4,6 +4,7 @@
 #include "ui/MainWindow.h"
 #include "ui/QtMainThreadQueue.h"
 #include "ui/QtUserInteraction.h"
+#include "ui/RecordingWindow.h"
 
 #include <QApplication>
 
@@ -29,7 +30,14 @@ int main(int argc, char** argv) {
     LQtUserInteraction interaction;
     SetUserInteraction(&interaction);
 
-    LMainWindow window{LMainDialogWindows{}};
+    LMainDialogWindows windows;
+    LMainWindow* shown = nullptr;
+    windows.recordingWindow = [&shown] {
+        LRecordingWindow recording(shown->Dialog(), shown);
+        recording.exec();
+    };
+    LMainWindow window{windows};
+    shown = &window;
     interaction.SetParentWindow([&window] { return &window; });
     interaction.SetTrayIcon(window.TrayIcon());
     window.show();
