@@ -1,5 +1,6 @@
 #include "app/MainDialog.h"
 
+#include "app/AppStartup.h"
 #include "app/MainCommands.h"
 #include "app/ProcessListThread.h"
 #include "app/SoundEditor.h"
@@ -118,10 +119,7 @@ void MainDialog::InitDialog() {
              "download the file 'mp3el' from the components page of the Vinora Records web site "
              "and install it into the Components folder.");
     gMainNotify.SetTarget(this);
-    char dataFolder[kPathBufferSize], queuePath[kPathBufferSize];
-    GetApplicationDataFolder(dataFolder);
-    _MakeFilePath(queuePath, dataFolder, "vnprocesses.list");
-    thrConvertList.SetListFilePath(queuePath, STOP_KEEP_LIST, true);
+    thrConvertList.SetListFilePath(LQueueFilePath().c_str(), STOP_KEEP_LIST, true);
     LOG("%s Started", kProgramName);
     LoadSavedAudioFiles();
     SetStatus(0, Printf("%s %.2f", kProgramName, kProgramVersion));

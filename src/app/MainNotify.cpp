@@ -8,11 +8,6 @@ namespace {
 
 constexpr std::size_t kMaxText = 259;
 
-// The conversion job reaches the main window through the notifier installed here.
-struct InstallMainNotify {
-    InstallMainNotify() { SetConvertNotify(&gMainNotify); }
-} gInstallMainNotify;
-
 std::string Cut(const char* text) {
     return std::string(text).substr(0, kMaxText);
 }
@@ -21,7 +16,9 @@ std::string Cut(const char* text) {
 
 void MainNotify::SetTarget(LMainNotifyTarget* target, LMainThreadQueue* queue) {
     std::lock_guard guard(mutex_);
-    target_ = target;
+    // Posts still on their way to the old target find nothing.
+    if (target_) *target_ = nullptr;
+    target_ = target ? std::make_shared<LMainNotifyTarget*>(target) : nullptr;
     queue_ = queue;
 }
 
@@ -61,7 +58,8 @@ void MainNotify::NotifyProgress(double fraction) {
 void MainNotify::Post(int message, std::string text, int value) {
     std::lock_guard guard(mutex_);
     if (!target_ || !queue_) return;
+    // The target is read on the main thread, where SetTarget is called.
     queue_->Post([target = target_, message, text = std::move(text), value] {
-        target->OnMainNotify(message, text, value);
+        if (*target) (*target)->OnMainNotify(message, text, value);
     });
 }

@@ -4,6 +4,7 @@
 #include "record/RecordingPage.h"
 #include "restore/ConvertNotify.h"
 
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -26,7 +27,8 @@ protected:
 
 // Reports from the queue thread to the main window, posted through the main-thread queue so
 // that the window is only touched on its own thread. Until a target is set every report is
-// dropped.
+// dropped, and reports still pending when the target is changed or cleared (on the main
+// thread) reach nothing.
 class MainNotify : public LConvertNotify {
 public:
     // The window and the queue that carries messages to its thread; nullptr drops reports.
@@ -49,7 +51,7 @@ private:
 
     mutable std::mutex mutex_;
     std::string statusText_;
-    LMainNotifyTarget* target_ = nullptr;
+    std::shared_ptr<LMainNotifyTarget*> target_; // shared with the pending posts
     LMainThreadQueue* queue_ = nullptr;
     int lastPercent_ = 0;
 };

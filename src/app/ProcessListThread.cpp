@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -33,18 +34,26 @@ uint32_t Field(const Header& header, int at, int width) {
 
 } // namespace
 
-bool Resume(const char* path, std::size_t recordSize) {
+bool Resume(const char* path, std::size_t recordSize, const DiscardHandler& discarded) {
     LFile file(_OpenReadWrite(path, kLockWaitMs));
     const int failCount = LUserSettingGet<int>("Settings", "FailCount", 1);
     Header header{};
-    if (file.IsOpen() && file.Read(header.data(), header.size()) == kHeaderSize &&
-        Field(header, 0, 2) == kVersion && Field(header, 4, 4) == recordSize &&
+    const bool whole = file.IsOpen() && file.Read(header.data(), header.size()) == kHeaderSize;
+    if (whole && Field(header, 0, 2) == kVersion && Field(header, 4, 4) == recordSize &&
         failCount >= static_cast<int>(Field(header, 2, 2))) {
         const Header resumed =
             MakeHeader(static_cast<uint16_t>(Field(header, 2, 2) + 1), recordSize);
         file.Seek(0);
         file.Write(resumed.data(), resumed.size());
         return true;
+    }
+    // Whatever whole records a list of our own layout holds are handed over before it goes.
+    if (whole && discarded && Field(header, 0, 2) == kVersion && Field(header, 4, 4) == recordSize) {
+        std::vector<uint8_t> records(static_cast<std::size_t>(std::max<int64_t>(
+            file.GetSize() - static_cast<int64_t>(kHeaderSize), 0)));
+        const ssize_t got = file.Read(records.data(), records.size());
+        records.resize(got > 0 ? static_cast<std::size_t>(got) / recordSize * recordSize : 0);
+        if (!records.empty()) discarded(records);
     }
     file.Close();
     Delete(path);
@@ -54,11 +63,16 @@ bool Resume(const char* path, std::size_t recordSize) {
 bool Append(const char* path, const void* record, std::size_t recordSize) {
     LFile file(_OpenAppendAlways(path, kLockWaitMs));
     if (!file.IsOpen()) return false;
-    if (file.GetSize() == 0) {
+    const int64_t size = file.GetSize();
+    bool written = size >= 0;
+    if (written && size == 0) {
         const Header header = MakeHeader(0, recordSize);
-        if (!file.Write(header.data(), header.size())) return false;
+        written = file.Write(header.data(), header.size());
     }
-    return file.Write(record, recordSize);
+    written = written && file.Write(record, recordSize);
+    // A short write would misalign every record appended after it.
+    if (!written && size >= 0) [[maybe_unused]] const int cut = ftruncate(file.GetFd(), size);
+    return written;
 }
 
 std::size_t ReadHead(const char* path, void* record, std::size_t recordSize) {
@@ -68,9 +82,9 @@ std::size_t ReadHead(const char* path, void* record, std::size_t recordSize) {
     return got > 0 ? static_cast<std::size_t>(got) : 0;
 }
 
-void DropHead(const char* path, std::size_t recordSize) {
+bool DropHead(const char* path, std::size_t recordSize) {
     LFile file(_OpenReadWrite(path, kLockWaitMs));
-    if (!file.IsOpen()) return;
+    if (!file.IsOpen()) return false;
     const int64_t size = file.GetSize();
     const int64_t records =
         size > static_cast<int64_t>(kHeaderSize)
@@ -80,15 +94,14 @@ void DropHead(const char* path, std::size_t recordSize) {
     if (records > 1) {
         std::vector<uint8_t> rest(static_cast<std::size_t>(records - 1) * recordSize);
         file.Seek(static_cast<int64_t>(kHeaderSize + recordSize));
-        if (file.Read(rest.data(), rest.size()) != static_cast<ssize_t>(rest.size())) return;
+        if (file.Read(rest.data(), rest.size()) != static_cast<ssize_t>(rest.size())) return false;
         const Header header = MakeHeader(0, recordSize);
         file.Seek(0);
-        file.Write(header.data(), header.size());
-        file.Write(rest.data(), rest.size());
+        if (!file.Write(header.data(), header.size()) || !file.Write(rest.data(), rest.size()))
+            return false;
         end = static_cast<int64_t>(kHeaderSize + rest.size());
     }
-    // Write errors are not reported: the queue carries on with what the file holds.
-    [[maybe_unused]] const int truncated = ftruncate(file.GetFd(), end);
+    return ftruncate(file.GetFd(), end) == 0;
 }
 
 void Delete(const char* path) {

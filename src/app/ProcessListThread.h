@@ -7,8 +7,11 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <functional>
 #include <mutex>
 #include <string>
+#include <vector>
 
 // A thread whose reports go to the main window through gMainNotify.
 class MainProcessNotify : public LThread {};
@@ -29,16 +32,21 @@ inline constexpr std::size_t kHeaderSize = 8;
 // How long each open of the file waits for its lock before going on without it.
 inline constexpr uint32_t kLockWaitMs = 5000;
 
+// The whole records of a list that is being discarded, oldest first.
+using DiscardHandler = std::function<void(const std::vector<uint8_t>& records)>;
+
 // Whether an existing list is to be resumed: a valid header with at most "FailCount" earlier
-// resumes. A resumed list gets its resume count raised; any other file is deleted.
-bool Resume(const char* path, std::size_t recordSize);
-// Appends a record, writing the header first into an empty or missing file.
+// resumes. A resumed list gets its resume count raised; any other file is deleted, after
+// `discarded` (when given) was handed the whole records it held.
+bool Resume(const char* path, std::size_t recordSize, const DiscardHandler& discarded = {});
+// Appends a record, writing the header first into an empty or missing file. A failed append is
+// taken back, leaving the file as it was.
 bool Append(const char* path, const void* record, std::size_t recordSize);
 // Reads the head record. Returns the bytes read: recordSize, or fewer at the end of the list.
 std::size_t ReadHead(const char* path, void* record, std::size_t recordSize);
 // Removes the head record; the rest follows a fresh header (resume count 0). A list whose
-// only record is removed becomes an empty file.
-void DropHead(const char* path, std::size_t recordSize);
+// only record is removed becomes an empty file. False when the file could not be rewritten.
+bool DropHead(const char* path, std::size_t recordSize);
 void Delete(const char* path);
 
 } // namespace ProcessListFile
@@ -52,12 +60,25 @@ template <typename Record, typename Base> class LProcessListThread : public Base
 public:
     ~LProcessListThread() override { this->StopThreadNow(); }
 
+    // What becomes of the requests of a list that is discarded at start-up.
+    void SetDiscardHandler(std::function<void(const std::vector<Record>&)> handler) {
+        std::lock_guard guard(mutex_);
+        discarded_ = std::move(handler);
+    }
+
     // Sets the queue file and resumes what it holds (starting the thread when `start`).
     void SetListFilePath(const char* path, PROCESS_STOP_BEHAVIOR behaviour, bool start) {
         std::lock_guard guard(mutex_);
         path_ = std::string(path).substr(0, 259);
         behaviour_ = behaviour;
-        if (ProcessListFile::Resume(path_.c_str(), sizeof(Record)) && start) StartLocked();
+        const auto discarded = [this](const std::vector<uint8_t>& bytes) {
+            if (!discarded_) return;
+            std::vector<Record> records(bytes.size() / sizeof(Record));
+            std::memcpy(records.data(), bytes.data(), records.size() * sizeof(Record));
+            discarded_(records);
+        };
+        if (ProcessListFile::Resume(path_.c_str(), sizeof(Record), discarded) && start)
+            StartLocked();
     }
 
     // Appends a request and starts the thread when it is not working through the list. False
@@ -110,7 +131,9 @@ protected:
             }
             std::lock_guard guard(mutex_);
             requestsFinished_ += 1;
-            ProcessListFile::DropHead(path_.c_str(), sizeof(Record));
+            // A file that cannot be rewritten would hand out the same head again: the run ends
+            // here and the next start decides (the list's resume count keeps that finite).
+            if (!ProcessListFile::DropHead(path_.c_str(), sizeof(Record))) break;
         }
         if (!listEnded) {
             std::lock_guard guard(mutex_);
@@ -135,6 +158,7 @@ private:
     bool active_ = false;                      // working through the list, or about to
     std::atomic<double> requestsAdded_ = 0;    // requests added in this run
     std::atomic<double> requestsFinished_ = 0; // requests finished since the thread started
+    std::function<void(const std::vector<Record>&)> discarded_;
 };
 
 // The program's one processing queue.

@@ -1,5 +1,6 @@
 #include "app/SoundEditor.h"
 
+#include "platform/Components.h"
 #include "platform/Log.h"
 #include "platform/Settings.h"
 
@@ -7,30 +8,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <sstream>
 #include <thread>
 #include <vector>
 
 extern char** environ;
 
-namespace {
-
-bool OnPath(const std::string& program) {
-    const char* path = std::getenv("PATH");
-    std::istringstream folders(path ? path : "");
-    for (std::string folder; std::getline(folders, folder, ':');)
-        if (!folder.empty() && access((folder + "/" + program).c_str(), X_OK) == 0) return true;
-    return false;
-}
-
-} // namespace
-
 std::string LSoundEditorCommand() {
     const std::string chosen = LUserSettingGetString("Settings", "SoundEditor");
     if (!chosen.empty()) return chosen;
     for (const char* program : {"audacity", "xdg-open"})
-        if (OnPath(program)) return program;
+        if (!LFindProgramOnPath(program).empty()) return program;
     return {};
 }
 

@@ -27,10 +27,7 @@ bool CliInterrupted() {
     return gInterrupted != 0;
 }
 
-CliMainLoop::CliMainLoop() {
-    LMainThreadQueue::SetCurrent(&queue_);
-}
-
-CliMainLoop::~CliMainLoop() {
-    LMainThreadQueue::SetCurrent(nullptr);
+LPlainMainQueue& CliMainQueue() {
+    static LPlainMainQueue queue;
+    return queue;
 }

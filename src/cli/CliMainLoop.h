@@ -21,19 +21,17 @@ private:
 // Whether Ctrl+C or SIGTERM has arrived since the newest guard was made.
 bool CliInterrupted();
 
-// The main-thread queue of a command that waits for threads to report: current for its lifetime,
-// run until the command is done or interrupted.
+// The main-thread queue of vinora-cli, installed at start-up.
+LPlainMainQueue& CliMainQueue();
+
+// Runs the main-thread queue for a command that waits for threads to report, until the command
+// is done or interrupted (Ctrl+C or SIGTERM while the loop exists).
 class CliMainLoop {
 public:
-    CliMainLoop();
-    ~CliMainLoop();
-    CliMainLoop(const CliMainLoop&) = delete;
-    CliMainLoop& operator=(const CliMainLoop&) = delete;
-
     // Runs posted calls until `done()` or an interrupt; false for an interrupt.
     template <typename Done> bool Run(Done done) {
         while (!CliInterrupted())
-            if (queue_.RunUntil(done, kPollMs)) return true;
+            if (CliMainQueue().RunUntil(done, kPollMs)) return true;
         return false;
     }
 
@@ -42,5 +40,4 @@ private:
     static constexpr unsigned int kPollMs = 100;
 
     CliInterruptGuard interrupts_;
-    LPlainMainQueue queue_;
 };

@@ -1,5 +1,6 @@
 #include "cli/CliRecordingSession.h"
 
+#include "app/AppStartup.h"
 #include "app/MainDialog.h"
 #include "app/ProcessListThread.h"
 #include "cli/CliMainLoop.h"
@@ -35,10 +36,7 @@ bool CliRecordingSession::TempWavePath(char* out) {
 }
 
 bool CliRecordingSession::QueueConversion(const LProcessConvert& request) {
-    char folder[kPathBufferSize], path[kPathBufferSize];
-    if (!GetApplicationDataFolder(folder)) return false;
-    _MakeFilePath(path, folder, "vnprocesses.list");
-    return ProcessListFile::Append(path, &request, sizeof request);
+    return ProcessListFile::Append(LQueueFilePath().c_str(), &request, sizeof request);
 }
 
 void CliRecordingSession::PostToMainWindow(int message, int value) {
@@ -47,7 +45,7 @@ void CliRecordingSession::PostToMainWindow(int message, int value) {
 
 void CliRecordingSession::Refresh() {}
 
-void CliRecordingSession::Levels(const LDBMC& levels) {
+void CliRecordingSession::Levels(const LDBMC&) {
     ++reports_;
 
 }

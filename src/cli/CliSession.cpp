@@ -2,6 +2,7 @@
 #include "cli/CliRecordingSession.h"
 #include "cli/Commands.h"
 
+#include "app/AppStartup.h"
 #include "app/ProcessListThread.h"
 #include "codecs/AudioFileSource.h"
 #include "devices/SoundDevices.h"
@@ -50,19 +51,11 @@ int SplitSide(const std::string& file, CliRecordingSession& session) {
 
 // Works through the queue file as the program does at start-up.
 int RunQueue() {
-    char folder[kPathBufferSize], path[kPathBufferSize];
-    GetApplicationDataFolder(folder);
-    _MakeFilePath(path, folder, "vnprocesses.list");
-    CliInterruptGuard interrupts;
-    thrConvertList.SetListFilePath(path, STOP_KEEP_LIST, true);
-    while (thrConvertList.IsRunning()) {
-        if (CliInterrupted()) {
-            thrConvertList.StopThreadNow();
-            return 1;
-        }
-        thrConvertList.ProcessWait(100);
-    }
-    return 0;
+    CliMainLoop loop;
+    thrConvertList.SetListFilePath(LQueueFilePath().c_str(), STOP_KEEP_LIST, true);
+    if (loop.Run([] { return !thrConvertList.IsRunning(); })) return 0;
+    thrConvertList.StopThreadNow();
+    return 1;
 }
 
 } // namespace

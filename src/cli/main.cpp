@@ -1,4 +1,7 @@
+#include "cli/CliMainLoop.h"
 #include "cli/Commands.h"
+
+#include "app/AppStartup.h"
 
 #include <cstdio>
 #include <cstring>
@@ -54,7 +57,9 @@ int main(int argc, char** argv) {
         return 0;
     }
     for (const CliCommand& command : kCommands) {
-        if (name == command.name) return command.run(CliArgs(argv + 2, argv + argc));
+        if (name != command.name) continue;
+        const LAppStartup startup(CliMainQueue(), nullptr);
+        return command.run(CliArgs(argv + 2, argv + argc));
     }
     std::fprintf(stderr, "vinora-cli: unknown command \"%s\" (see vinora-cli --help)\n", argv[1]);
     return 2;

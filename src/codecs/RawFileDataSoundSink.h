@@ -20,7 +20,7 @@ public:
                                       uint8_t* out);
     using ConvertFunction = void (*)(void*, const int*, int);
 
-    // Opens the file read-write (created with mode 0666 when missing) under a shared lock
+    // Opens the file read-write (created with mode 0644 when missing) under a shared lock
     // taken without waiting; when that fails, bit 0 of the error code is set and the sink
     // writes nothing. Writing starts at `startFrame` (the file is cut there).
     LRawFileDataSoundSinkBase(const char* path, int sampleRate, unsigned char channels,

@@ -34,7 +34,7 @@ bool TruncateFile(const LFile& file, int64_t length) {
 }
 
 LFile OpenSharedReadWrite(const char* path) {
-    LFile file(::open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    LFile file(::open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0644));
     if (file.IsOpen() && ::flock(file.GetFd(), LOCK_SH | LOCK_NB) != 0) file.Close();
     return file;
 }

@@ -15,7 +15,7 @@ size_t ReadFileAt(const LFile& file, int64_t offset, void* data, size_t size);
 bool WriteFileAt(const LFile& file, int64_t offset, const void* data, size_t size);
 bool TruncateFile(const LFile& file, int64_t length);
 
-// Read-write, created with mode 0666 when missing, under a shared advisory lock taken without
+// Read-write, created with mode 0644 when missing, under a shared advisory lock taken without
 // waiting: a closed LFile while another holder has the file locked exclusively. Readers of the
 // file (shared locks) may still open it while it is being written.
 LFile OpenSharedReadWrite(const char* path);

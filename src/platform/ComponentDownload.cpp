@@ -60,12 +60,16 @@ int ProcessDownloadComponent(LProcessInterface& pi, const char* host, const char
     LGetComponentServerFileName(fileName, name);
     _MakeFilePath(localPath, folder, fileName);
 
+    // The download goes to a hidden name and takes the component's name only when complete.
     const std::string url = std::string("http://") + host + kRemoteFolder + fileName;
-    int result = ProcessHTTPDownloadFile(pi, url.c_str(), localPath, false);
-    if (result == PROCESS_DONE) {
-        chmod(localPath, 0777);
-        if (LIsZipComponent(name)) result = LInstallZipComponent(name, localPath);
-    }
+    char partial[kPathBufferSize];
+    _MakeFilePath(partial, folder, (std::string(".") + fileName + ".download").c_str());
+    int result = ProcessHTTPDownloadFile(pi, url.c_str(), partial, false);
+    if (result == PROCESS_DONE && (chmod(partial, 0755) != 0 || std::rename(partial, localPath) != 0))
+        result = PROCESS_FAILED;
+    unlink(partial);
+    if (result == PROCESS_DONE && LIsZipComponent(name))
+        result = LInstallZipComponent(name, localPath);
     if (result != PROCESS_DONE) unlink(localPath);
     return result;
 }
@@ -104,7 +108,7 @@ int LInstallZipComponent(const char* name, const char* zipPath) {
         LOGERROR("The component %s did not unpack into a folder", name);
         return PROCESS_FAILED;
     }
-    RunShellCommand("/bin/chmod -R ugo+rwx " + Quoted(installed));
+    RunShellCommand("/bin/chmod -R u+rwx,go+rx,go-w " + Quoted(installed));
     return PROCESS_DONE;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/Components.h"
 
 #include "platform/Folders.h"
+#include "platform/Log.h"
 #include "platform/Paths.h"
 #include "platform/UserFolders.h"
 
@@ -9,8 +10,14 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+extern char** environ;
 
 namespace {
 
@@ -25,8 +32,12 @@ struct SystemCopy {
 };
 constexpr SystemCopy kSystemCopies[] = {{"mp3el", "lame"}};
 
-// The first executable file called `program` in the folders of PATH, or empty.
-std::string FindOnPath(const char* program) {
+// How long a component may take to tell its version.
+constexpr int kVersionWaitMs = 5000;
+
+} // namespace
+
+std::string LFindProgramOnPath(const char* program) {
     const char* path = std::getenv("PATH");
     if (!path) return {};
     std::string_view folders = path;
@@ -43,11 +54,36 @@ std::string FindOnPath(const char* program) {
     }
 }
 
+bool LComponentRuns(const char* path) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&actions, fd, "/dev/null", O_RDWR, 0);
+    char* argv[] = {const_cast<char*>(path), const_cast<char*>("--version"), nullptr};
+    pid_t pid = 0;
+    const int spawned = posix_spawn(&pid, path, &actions, nullptr, argv, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0) return false;
+    int status = 0;
+    for (int waited = 0; waitpid(pid, &status, WNOHANG) == 0; waited += 10) {
+        if (waited >= kVersionWaitMs) {
+            kill(pid, SIGKILL);
+            waitpid(pid, &status, 0);
+            return false;
+        }
+        usleep(10'000);
+    }
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+namespace {
+
 bool FindSystemCopy(const char* name, char* out) {
     for (const SystemCopy& copy : kSystemCopies) {
         if (std::strcmp(copy.component, name) != 0) continue;
-        const std::string found = FindOnPath(copy.program);
-        if (found.empty() || found.size() >= kPathBufferSize) return false;
+        const std::string found = LFindProgramOnPath(copy.program);
+        if (found.empty() || found.size() >= kPathBufferSize || !LComponentRuns(found.c_str()))
+            return false;
         std::snprintf(out, kPathBufferSize, "%s", found.c_str());
         return true;
     }
@@ -75,8 +111,10 @@ bool GetComponentPath(const char* name, char* out, bool allowSystemCopy) {
     _MakeFilePath(out, folder, name);
     struct stat info;
     if (stat(out, &info) == 0) {
-        if (S_ISREG(info.st_mode)) chmod(out, 0777);
-        return true;
+        if (!S_ISREG(info.st_mode)) return true;
+        chmod(out, 0755);
+        if (LComponentRuns(out)) return true;
+        LOGERROR("The component %s does not run", out);
     }
     if (allowSystemCopy && FindSystemCopy(name, out)) return true;
     _MakeFilePath(out, folder, name);

@@ -8,13 +8,20 @@
 // True when it exists afterwards.
 bool GetComponentFolder(char* out);
 
+#include <string>
+
 // Looks for a component; `out` (260 bytes) gets its path and true when it is there. The
-// components folder comes first; a plain file found there is made readable, writable and
-// executable by everyone. When `allowSystemCopy` is set and the folder has no such component,
+// components folder comes first; a plain file found there is made executable (0755) and used
+// only when it runs (see LComponentRuns). When `allowSystemCopy` is set and the folder has no such component,
 // a program installed on the system that does the same job stands in for it: "mp3el" is the
 // LAME encoder, "lame" on PATH. Otherwise false, with `out` holding where the component would
 // be installed (or only the folder's path when the folder cannot be had).
 bool GetComponentPath(const char* name, char* out, bool allowSystemCopy);
+
+// Whether the program at `path` runs: "PATH --version" ends with status 0 within 5 seconds.
+bool LComponentRuns(const char* path);
+// The first executable file called `program` in the folders of PATH, or empty.
+std::string LFindProgramOnPath(const char* program);
 
 // Whether the component is delivered as a zip archive that unpacks into a folder.
 bool LIsZipComponent(const char* name);

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0666;
+constexpr mode_t kNewFileMode = 0644;
 
 int OpenLocked(const char* path, int flags, int lock, uint32_t waitMs) {
     const int fd = open(path, flags | O_CLOEXEC, kNewFileMode);

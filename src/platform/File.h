@@ -8,7 +8,7 @@
 // Opening files with advisory locks. Each returns a file descriptor, or -1 when the file
 // cannot be opened. `waitMs` bounds the wait for the lock (see flocktimed); when the lock is
 // not obtained in time the file is opened and used without it. New files get the permission
-// bits 0666 (less the process's file-creation mask). Descriptors are closed on exec.
+// bits 0644 (less the process's file-creation mask). Descriptors are closed on exec.
 
 // Read only, shared lock.
 int _OpenRead(const char* path, uint32_t waitMs);

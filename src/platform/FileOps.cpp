@@ -1,5 +1,6 @@
 #include "platform/FileOps.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/File.h"
 #include "platform/Paths.h"
 
@@ -23,16 +24,22 @@ bool SameFile(const char* a, const char* b) {
            infoA.st_ino == infoB.st_ino;
 }
 
-// Copies, then removes the source; used when a rename cannot cross file systems.
-bool CopyAndRemove(const char* from, const char* to) {
-    struct stat info;
-    if (stat(from, &info) != 0) return false;
-    if (!CopyFile(from, to)) {
-        unlink(to);
-        return false;
+// Copies `from` whole into `to` (which keeps its old content when anything fails) with the
+// given mode, synced to the disk when `sync`.
+bool CopyWhole(const char* from, const char* to, mode_t mode, bool sync) {
+    if (SameFile(from, to)) return false;
+    LFile source(_OpenRead(from, kCopyLockWaitMs));
+    if (!source.IsOpen()) return false;
+    LAtomicFile target(to);
+    if (!target.IsOpen()) return false;
+    char chunk[kCopyChunk];
+    for (;;) {
+        const ssize_t got = source.Read(chunk, sizeof chunk);
+        if (got < 0) return false;
+        if (got == 0) break;
+        if (!target.File().Write(chunk, static_cast<std::size_t>(got))) return false;
     }
-    chmod(to, info.st_mode & 07777);
-    return unlink(from) == 0;
+    return target.Commit(mode, sync);
 }
 
 } // namespace
@@ -55,36 +62,34 @@ bool LoadFile(const char* path, std::vector<uint8_t>& data, uint32_t waitMs) {
 }
 
 bool SaveFile(const char* path, const void* data, std::size_t length, uint32_t waitMs) {
-    LFile file(_OpenWrite(path, waitMs));
-    return file.IsOpen() && file.Write(data, length);
+    // The lock keeps other writers of the old file out while the new one is made.
+    LFile old(_OpenReadWrite(path, waitMs));
+    LAtomicFile file(path);
+    return file.IsOpen() && file.File().Write(data, length) && file.Commit(kFileMode, false);
 }
 
 bool CopyFile(const char* from, const char* to) {
-    if (SameFile(from, to)) return false;
-    LFile source(_OpenRead(from, kCopyLockWaitMs));
-    if (!source.IsOpen()) return false;
-    LFile target(_OpenWrite(to, kCopyLockWaitMs));
-    if (!target.IsOpen()) return false;
-    char chunk[kCopyChunk];
-    for (;;) {
-        const ssize_t got = source.Read(chunk, sizeof chunk);
-        if (got < 0) return false;
-        if (got == 0) break;
-        if (!target.Write(chunk, static_cast<std::size_t>(got))) return false;
-    }
-    fchmod(target.GetFd(), 0777);
-    return true;
+    return CopyWhole(from, to, kFileMode, false);
 }
 
 bool MoveFile(const char* from, const char* to) {
     if (std::rename(from, to) == 0) return true;
-    return errno == EXDEV && CopyAndRemove(from, to);
+    if (errno != EXDEV) return false;
+    // Across file systems: the copy is on the disk before the source goes.
+    struct stat info;
+    if (stat(from, &info) != 0 || !CopyWhole(from, to, info.st_mode & 0777, true)) return false;
+    return unlink(from) == 0;
+}
+
+bool SyncFile(const char* path) {
+    LFile file(open(path, O_RDONLY | O_CLOEXEC));
+    return file.IsOpen() && fsync(file.GetFd()) == 0;
 }
 
 bool TestFolderWritable(const char* folder) {
     char path[kPathBufferSize];
     _MakeFilePath(path, folder, "__wt");
-    const int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (fd < 0) return false;
     close(fd);
     unlink(path);
@@ -99,7 +104,7 @@ bool GetTempFile(const char* folder, char* out, const char* ext) {
         out[0] = '\0';
         return false;
     }
-    fchmod(fd, 0666);
+    fchmod(fd, kFileMode);
     close(fd);
     std::memcpy(out, path, kPathBufferSize);
     return true;

@@ -12,19 +12,23 @@
 bool AppendFile(const char* path, const void* data, std::size_t length, uint32_t waitMs);
 // Reads the whole file under a shared lock. False when it cannot be opened or read.
 bool LoadFile(const char* path, std::vector<uint8_t>& data, uint32_t waitMs);
-// Replaces the file's contents under an exclusive lock. False when not every byte was written.
+// Replaces the file's contents, whole or not at all (the old content stays when anything fails),
+// under an exclusive lock of the old file. False when not every byte was written.
 bool SaveFile(const char* path, const void* data, std::size_t length, uint32_t waitMs);
 
-// Copies a file in chunks of 8,192 bytes; the copy gets the permission bits 0777. False when
-// either file cannot be opened, a read or write fails, or both name the same file.
+// Copies a file in chunks of 8,192 bytes into a temporary beside the target, renamed over it
+// when complete (an existing target is never cut short); the copy gets the mode 0644. False
+// when either file cannot be opened, a read or write fails, or both name the same file.
 bool CopyFile(const char* from, const char* to);
-// Renames a file, replacing an existing target. Across file systems the file is copied and
-// the source removed.
+// Renames a file, replacing an existing target. Across file systems the file is copied whole,
+// synced to the disk, and only then is the source removed.
 bool MoveFile(const char* from, const char* to);
+// Flushes a written file to the disk; false when it cannot be opened or synced.
+bool SyncFile(const char* path);
 // Whether a file can be created in the folder (tries with a file "__wt" and removes it).
 bool TestFolderWritable(const char* folder);
 // Creates a new empty file with a unique name "0XXXXXX" + ext in the folder (ext with its dot,
-// may be empty), with the permission bits 0666, and puts its path in the 260-byte `out`.
+// may be empty), with the permission bits 0644, and puts its path in the 260-byte `out`.
 bool GetTempFile(const char* folder, char* out, const char* ext);
 
 // Seconds since the epoch, or -1 when unknown (missing file, or a file system that does not

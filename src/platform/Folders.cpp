@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 
 bool CreateFolder(const char* path) {
-    return mkdir(path, 0777) == 0 || (errno == EEXIST && IsFolder(path));
+    return mkdir(path, 0755) == 0 || (errno == EEXIST && IsFolder(path));
 }
 
 bool CreateFolderTree(const char* path) {
@@ -30,7 +30,7 @@ LFolderIterator::LFolderIterator(const char* folder, const char* pattern) : fold
     while (const dirent* entry = readdir(dir)) {
         const std::string_view name = entry->d_name;
         if (name == "." || name == "..") continue;
-        if (fnmatch(pattern, entry->d_name, FNM_CASEFOLD) == 0) names_.emplace_back(name);
+        if (fnmatch(pattern, entry->d_name, FNM_CASEFOLD | FNM_PERIOD) == 0) names_.emplace_back(name);
     }
     closedir(dir);
     std::sort(names_.begin(), names_.end());

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// Creates one folder (permission bits 0777 less the file-creation mask). True when the folder
+// Creates one folder (permission bits 0755 less the file-creation mask). True when the folder
 // exists afterwards, also when it was already there.
 bool CreateFolder(const char* path);
 // Creates a folder and every missing folder above it.
@@ -14,7 +14,8 @@ bool CreateFolderTree(const char* path);
 bool IsFolder(const char* path);
 
 // The entries of a folder whose names match a wildcard pattern ("*.wav", "track??.mp3"),
-// compared without regard to case, in the order of their names. "." and ".." are never listed.
+// compared without regard to case, in the order of their names. "." and ".." are never listed,
+// nor hidden entries (names starting with ".") unless the pattern starts with a dot.
 //   LFolderIterator it(folder, "*.wav");
 //   while (it.Next()) use(it.GetPath());
 class LFolderIterator {

@@ -33,12 +33,6 @@ int LAboutCheckForVersionUpdate(LProcessInterface& progress) {
     LProcessCheckForVersionUpdates job;
     const int result = Process(progress, job);
     LUserInteraction& user = UserInteraction();
-    if (result == PROCESS_FAILED) {
-        user.ShowMessage(kProgramName,
-                         "Unable to check for updates. Please check your Internet connection "
-                         "and try again later.",
-                         LMessageButtons::Ok);
-    }
     if (result != PROCESS_DONE) return result;
     if (job.latestVersion <= kProgramVersion + 1e-9) {
         user.ShowMessage("Version Current", "The current version is up-to-date",
@@ -51,6 +45,9 @@ int LAboutCheckForVersionUpdate(LProcessInterface& progress) {
         "An updated version of this software is now available for download online. Do you "
         "want to see more information about the new version?",
         LMessageButtons::OkCancel);
-    if (answer == LMessageAnswer::Ok && job.infoLink[0]) LOpenURL(job.infoLink);
+    // Only a web page is opened, whatever else the server names.
+    const std::string link = job.infoLink;
+    if (answer == LMessageAnswer::Ok && (link.starts_with("http://") || link.starts_with("https://")))
+        LOpenURL(job.infoLink);
     return result;
 }

@@ -20,11 +20,12 @@ struct LProcessCheckForVersionUpdates {
 int Process(LProcessInterface& pi, LProcessCheckForVersionUpdates& job);
 
 // Reads a reply of the version server (the status line and headers may come first). False
-// when it is not a "2xx" reply or holds no "version=" followed by a number.
+// when it is not a "2xx" reply, holds no "version=" followed by a number, or no "info=".
 bool LParseVersionReply(const char* reply, LProcessCheckForVersionUpdates& job);
 
 // The "Check for Updates" command: runs the check with `progress` (normally a progress window
 // captioned kCheckingForUpdatesCaption) and tells the user the outcome through the
 // user interaction; when a newer version exists and the user chooses to view it, its
-// information link opens in the web browser. Returns the check's result.
+// information link opens in the web browser (http and https links only). A failed check shows
+// nothing: the caller decides. Returns the check's result.
 int LAboutCheckForVersionUpdate(LProcessInterface& progress);

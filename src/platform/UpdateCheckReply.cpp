@@ -31,11 +31,10 @@ bool LParseVersionReply(const char* reply, LProcessCheckForVersionUpdates& job) 
 
     job.infoLink[0] = '\0';
     const std::size_t info = body.find("info=");
-    if (info != std::string_view::npos) {
-        std::string_view link = body.substr(info + std::strlen("info="));
-        link = link.substr(0, std::min(link.find_first_of("&\r\n \t"), sizeof job.infoLink - 1));
-        link.copy(job.infoLink, link.size());
-        job.infoLink[link.size()] = '\0';
-    }
+    if (info == std::string_view::npos) return false;
+    std::string_view link = body.substr(info + std::strlen("info="));
+    link = link.substr(0, std::min(link.find_first_of("&\r\n \t"), sizeof job.infoLink - 1));
+    link.copy(job.infoLink, link.size());
+    job.infoLink[link.size()] = '\0';
     return true;
 }

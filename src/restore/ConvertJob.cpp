@@ -1,6 +1,6 @@
 #include "restore/ConvertJob.h"
 
-#include "codecs/MP3File.h"
+#include "codecs/AudioFileSource.h"
 #include "codecs/Mp3EncodeSettings.h"
 #include "codecs/Mp3EncodeSink.h"
 #include "codecs/WaveFile.h"
@@ -20,6 +20,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <fcntl.h>
 #include <cstring>
 #include <string>
 
@@ -37,14 +38,6 @@ bool IsWrittenFile(const char* path) {
 
 bool SameText(const char* a, const char* b) {
     return strcasecmp(a, b) == 0;
-}
-
-LSoundSource OpenSourceByExtension(const char* path) {
-    char ext[kPathBufferSize];
-    _GetFileExtensionFromPath(ext, path);
-    if (SameText(ext, ".wav")) return LWaveFile::OpenSource(path);
-    if (SameText(ext, ".mp3")) return LMP3File::OpenSource(path);
-    return LSoundSource();
 }
 
 // A wave sink in the user's saved format when `useSavedFormat`, else 16-bit PCM at the
@@ -99,7 +92,7 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
     ConvertNotify().SetStatusText("Converting...");
 
     if (sink->GetError() & 1) {
-        progress.SetError(("Save File Error: \"" + std::string(writePath) + "\"").c_str());
+        progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
         LOGERROR("File conversion FAILED: could not create sink file");
         return PROCESS_FAILED;
     }
@@ -123,31 +116,40 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
     // An encoder that could not write its file is only seen in what it left behind.
     if (result == PROCESS_DONE && !IsWrittenFile(writePath)) result = PROCESS_FAILED;
     if (result != PROCESS_DONE) {
-        LOGERROR("File conversion FAILED: could not write to the sink file %s", writePath);
+        LOGERROR("File conversion FAILED: could not write to the sink file %s",
+                 job.destinationPath);
         unlink(writePath);
     } else if (haveTags && !tags.WriteTags(writePath, tagModeAll, false)) {
-        LOGERROR("Tag write FAILED: could not write tag to file %s", writePath);
+        LOGERROR("Tag write FAILED: could not write tag to file %s", job.destinationPath);
     }
     return result;
 }
 
-// What is done with the written file once the pass succeeded.
-void FinishOutput(LProcessConvert& job, const char* writePath, bool inPlace) {
-    if (inPlace) {
-        // Renaming over the recording replaces it in one step, so it is never lost.
-        if (!MoveFile(writePath, job.sourcePath)) {
-            LOGERROR("File conversion FAILED: could not rename sink file to source file %s",
-                     job.sourcePath);
-            return;
+// What is done with the written file once the pass succeeded: it takes the destination's name
+// (or, when the conversion is not kept, the source itself moves there). False when the output
+// could not be put in place; the source is then kept.
+bool FinishOutput(LProcessConvert& job, const char* writePath) {
+    if (job.convert || SameText(job.sourcePath, job.destinationPath)) {
+        // On the disk first when the recording it comes from is deleted next.
+        if (job.deleteSource) SyncFile(writePath);
+        if (std::rename(writePath, job.destinationPath) != 0) {
+            LOGERROR("File conversion FAILED: could not rename sink file to %s",
+                     job.destinationPath);
+            unlink(writePath);
+            return false;
         }
-    } else if (!job.convert && !SameText(job.sourcePath, job.destinationPath)) {
-        if (!MoveFile(job.sourcePath, job.destinationPath))
+    } else {
+        unlink(writePath);
+        if (!MoveFile(job.sourcePath, job.destinationPath)) {
             LOGERROR("File conversion FAILED: could not rename source file to %s",
                      job.destinationPath);
+            return false;
+        }
     }
     if (job.addToList) ConvertNotify().NotifyAdd(job.destinationPath);
     if (job.copyToFolder && job.copyFolder[0]) CopyIntoFolder(job.destinationPath, job.copyFolder);
     ConvertNotify().NotifyProgress(1.0);
+    return true;
 }
 
 LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job, bool& inPlace) {
@@ -164,18 +166,15 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job, bool& 
     _GetFileFromPath(fileName, job.destinationPath);
     ConvertNotify().NotifyFile(fileName);
 
-    // Converting a file onto itself writes beside it first and replaces it afterwards.
+    // The output is written under a hidden name beside its destination and renamed into place
+    // only when it is complete, tags included: a crash or a full disk never leaves a file that
+    // looks finished, and converting a file onto itself replaces it in one step.
     char writePath[kPathBufferSize];
-    CopyText(writePath, job.destinationPath);
+    LGetPartialOutputPath(writePath, job.destinationPath);
     inPlace = SameText(job.sourcePath, job.destinationPath);
-    if (inPlace) {
-        std::string prefixed = "_";
-        prefixed += name;
-        _MakeFilePath(writePath, job.outputFolder, prefixed.c_str(), job.outputExtension);
-    }
-    LOG("Converting file to destination %s", inPlace ? job.sourcePath : job.destinationPath);
+    LOG("Converting file to destination %s", job.destinationPath);
 
-    LSoundSource source = OpenSourceByExtension(job.sourcePath);
+    LSoundSource source = LOpenAudioFileSource(job.sourcePath);
     if (source->GetError() != sndErrNone) {
         LOGERROR("File conversion FAILED: the source file could not be opened %s", job.sourcePath);
         return PROCESS_FAILED;
@@ -187,17 +186,28 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job, bool& 
             LOGERROR("Audio Restoration FAILED: one or more Restoration Tools did not work");
     }
 
-    const LProcessResult result = WriteOutput(progress, job, source, writePath);
-    if (result == PROCESS_DONE) FinishOutput(job, writePath, inPlace);
+    LProcessResult result = WriteOutput(progress, job, source, writePath);
+    if (result == PROCESS_DONE && !FinishOutput(job, writePath)) result = PROCESS_FAILED;
     return result;
 }
 
 } // namespace
 
+void LGetPartialOutputPath(char* out, const char* destination) {
+    char folder[kPathBufferSize], name[kPathBufferSize], ext[kPathBufferSize];
+    _GetFolderFromPath(folder, destination);
+    _GetFileNameFromPath(name, destination);
+    _GetFileExtensionFromPath(ext, destination);
+    const std::string hidden = "." + std::string(name) + ".partial";
+    _MakeFilePath(out, folder, hidden.c_str(), ext);
+}
+
 LProcessResult Process(LProcessInterface& progress, LProcessConvert& job) {
     bool inPlace = false;
     const LProcessResult result = Convert(progress, job, inPlace);
     ConvertNotify().SetStatusText("");
-    if (result == PROCESS_DONE && job.deleteSource && !inPlace) unlink(job.sourcePath);
+    // A source that was moved or replaced is gone already.
+    if (result == PROCESS_DONE && job.deleteSource && !inPlace && job.convert)
+        unlink(job.sourcePath);
     return result;
 }

@@ -26,6 +26,13 @@ static_assert(sizeof(LProcessConvert) == 1825);
 
 // Converts the request's source into its destination: opens the wave or MP3 source, restores
 // it when asked, writes a wave or MP3 file with the source's tags, then renames, copies and
-// announces as the request says. Every failure is logged; whenever the result is not
-// PROCESS_DONE the source is kept and no partial output is left.
+// announces as the request says. The output is written under the hidden name of
+// LGetPartialOutputPath and takes the destination's name only when it is complete. Every
+// failure is logged; whenever the result is not PROCESS_DONE the source is kept and no partial
+// output is left (a run killed midway leaves only the hidden file, which the next run of the
+// request writes again).
 LProcessResult Process(LProcessInterface& progress, LProcessConvert& job);
+
+// Where the output for `destination` is written until it is complete: ".NAME.partial.EXT"
+// beside it (hidden, so never listed as a recording). `out` takes 260 bytes.
+void LGetPartialOutputPath(char* out, const char* destination);

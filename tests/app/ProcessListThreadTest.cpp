@@ -241,6 +241,7 @@ TEST_F(ProcessListThreadTest, ConvertsARealRequestAndAnnouncesTheOutput) {
 
     LPlainMainQueue queue;
     RecordingTarget target;
+    SetConvertNotify(&gMainNotify);
     gMainNotify.SetTarget(&target, &queue);
     LProcessListThread<LProcessConvert, MainProcessNotify> list;
     list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
@@ -248,6 +249,7 @@ TEST_F(ProcessListThreadTest, ConvertsARealRequestAndAnnouncesTheOutput) {
     EXPECT_TRUE(queue.RunUntil([&] { return !list.IsRunning(); }, 10000));
     queue.RunPending();
     gMainNotify.SetTarget(nullptr, nullptr);
+    SetConvertNotify(nullptr);
 
     const fs::path output = home_.Path() / "out" / "one.wav";
     std::vector<std::pair<int, std::string>> announced;

@@ -149,9 +149,10 @@ TEST_F(ConvertCli, AFailingEncoderFailsTheConversion) {
     fs::create_directories(encoder.parent_path());
     const char* scripts[] = {
         // Takes all the audio, then reports failure.
-        "#!/bin/sh\nfor out; do :; done\ncat > \"$out\"\nexit 3\n",
+        "#!/bin/sh\n[ \"$1\" = --version ] && exit 0\nfor out; do :; done\ncat > \"$out\"\nexit 3\n",
         // Killed part-way through the audio.
-        "#!/bin/sh\nfor out; do :; done\nhead -c 40000 > \"$out\"\nkill -KILL $$\n",
+        "#!/bin/sh\n[ \"$1\" = --version ] && exit 0\nfor out; do :; done\nhead -c 40000 > "
+        "\"$out\"\nkill -KILL $$\n",
     };
     for (const char* script : scripts) {
         std::ofstream(encoder) << script;

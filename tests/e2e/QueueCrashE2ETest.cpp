@@ -71,7 +71,8 @@ protected:
     }
 
     // Starts "vinora-cli queue run" in its own process group and kills it with SIGKILL as soon
-    // as `output` holds kUnderWay bytes; then waits until everything it started has ended.
+    // as `output` (the hidden file an output is written to) holds kUnderWay bytes; then waits
+    // until everything it started has ended.
     void RunAndKillWhileWriting(const std::string& output) const {
         const pid_t child = fork();
         ASSERT_NE(child, -1);
@@ -132,8 +133,10 @@ TEST_F(QueueCrashE2E, RequestsLeftByAKilledRunAreEachConvertedOnceByTheNext) {
     Queue("short.wav", "out/b.wav", "--copy-to " + ShellQuote(PathOf("copies")));
     Queue("short.wav", "out/c.mp3", "--copy-to " + ShellQuote(PathOf("copies")));
 
-    RunAndKillWhileWriting("out/a.mp3");
-    // Everything is still queued; the killed run was the first resume.
+    RunAndKillWhileWriting("out/.a.partial.mp3");
+    // Everything is still queued; the killed run was the first resume, and nothing looks
+    // finished.
+    EXPECT_FALSE(fs::exists(PathOf("out/a.mp3")));
     EXPECT_EQ(QueueState(), std::make_pair(1, std::size_t{3}));
     EXPECT_FALSE(fs::exists(PathOf("copies")));
 
@@ -160,9 +163,10 @@ TEST_F(QueueCrashE2E, AListWhoseHeadIsKilledTwiceIsDiscarded) {
     Queue("short.wav", "out/b.mp3");
 
     for (int resume = 1; resume <= 2; ++resume) {
-        RunAndKillWhileWriting("out/a.mp3");
+        RunAndKillWhileWriting("out/.a.partial.mp3");
         EXPECT_EQ(QueueState(), std::make_pair(resume, std::size_t{2}));
-        fs::remove(PathOf("out/a.mp3"));
+        // So that the next run is seen writing its own.
+        if (resume == 1) fs::remove(PathOf("out/.a.partial.mp3"));
     }
 
     int status = -1;

@@ -1,6 +1,7 @@
 #include "platform/FileOps.h"
 #include "platform/File.h"
 #include "platform/Paths.h"
+#include "support/FileSizeLimit.h"
 #include "support/TempHome.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +49,7 @@ TEST_F(FileOps, SaveAppendCopyAndMoveKeepEveryByte) {
     EXPECT_EQ(Load(to), data);
     struct stat info {};
     stat(to.c_str(), &info);
-    EXPECT_EQ(info.st_mode & 07777, 0777u);
+    EXPECT_EQ(info.st_mode & 07777, 0644u);
 
     ASSERT_TRUE(SaveFile(moved.c_str(), "old contents", 12, 0));
     ASSERT_TRUE(MoveFile(to.c_str(), moved.c_str()));
@@ -69,6 +70,17 @@ TEST_F(FileOps, FailuresLoseNoData) {
     EXPECT_EQ(Load(from).size(), 5u);
     std::vector<uint8_t> missing;
     EXPECT_FALSE(LoadFile(PathOf("missing").c_str(), missing, 0));
+
+    // On a full disk a copy or a save fails and the old file stays whole, with no leftovers.
+    const std::string big = PathOf("big.wav");
+    const std::vector<uint8_t> data = Pattern(100000);
+    ASSERT_TRUE(SaveFile(big.c_str(), data.data(), data.size(), 0));
+    EXPECT_FALSE(WithFileSizeLimit(50000, [&] { return CopyFile(big.c_str(), from.c_str()); }));
+    EXPECT_FALSE(WithFileSizeLimit(
+        50000, [&] { return SaveFile(from.c_str(), data.data(), data.size(), 0); }));
+    EXPECT_EQ(Load(from), std::vector<uint8_t>({'a', 'u', 'd', 'i', 'o'}));
+    for (const auto& entry : fs::directory_iterator(home.Path()))
+        EXPECT_FALSE(entry.path().filename().string().starts_with(".from")) << entry.path();
 }
 
 TEST_F(FileOps, WritableTestAndTempFilesLeaveNoStrayFiles) {

@@ -62,7 +62,7 @@ protected:
 };
 
 TEST_F(UpdateCommandTest, SameVersionIsCurrentAndANewerOneOffersItsPage) {
-    server_.Serve(kVersionPath, Body("version=1.51"));
+    server_.Serve(kVersionPath, Body("version=1.51&info=http://x/y"));
     EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_DONE);
     auto calls = user_.Calls();
     ASSERT_EQ(calls.size(), 1u);
@@ -81,10 +81,18 @@ TEST_F(UpdateCommandTest, SameVersionIsCurrentAndANewerOneOffersItsPage) {
                              "version?");
     EXPECT_EQ(calls[0].buttons, LMessageButtons::OkCancel);
     EXPECT_EQ(OpenedLink(), "http://x/y");
+
+    // A link that is no web page is never opened.
+    fs::remove(opened_);
+    server_.Serve(kVersionPath, Body("version=1.6&info=file:///etc/passwd"));
+    user_.QueueAnswer(LMessageAnswer::Ok);
+    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_DONE);
+    EXPECT_EQ(OpenedLink(), "");
 }
 
-TEST_F(UpdateCommandTest, ReplyWithoutAVersionOrNoServerFails) {
-    for (const std::string& reply : {Body("info=http://x/y"), Body("version=new"),
+TEST_F(UpdateCommandTest, ReplyWithoutAVersionOrLinkOrNoServerFails) {
+    for (const std::string& reply : {Body("info=http://x/y"), Body("version=new&info=http://x"),
+                                     Body("version=1.6"),
                                      std::string("HTTP/1.0 404 Not Found\r\n\r\nversion=9")}) {
         server_.Serve(kVersionPath, reply);
         LProcessCheckForVersionUpdates job;
@@ -93,9 +101,8 @@ TEST_F(UpdateCommandTest, ReplyWithoutAVersionOrNoServerFails) {
 
     LUserSettingDeleteItem(kNetworkSection, kVersionHostKey);
     EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_FAILED);
-    ASSERT_EQ(user_.Calls().size(), 1u);
-    EXPECT_EQ(user_.Calls()[0].caption, "Vinora Records Vinyl to CD Converter");
-    EXPECT_EQ(server_.Requests().size(), 3u);
+    EXPECT_TRUE(user_.Calls().empty());
+    EXPECT_EQ(server_.Requests().size(), 4u);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // The recording window on the offscreen platform with the Virtual Turntable as its input: a
 // session from Record to tracks in the main window's list.
-#include "app/ProcessListThread.h"
+#include "app/AppStartup.h"
 #include "devices/SoundDevices.h"
 #include "jobs/ScriptedUserInteraction.h"
 #include "platform/Settings.h"
@@ -46,9 +46,8 @@ TEST(RecordingWindowTest, RecordsTracksIntoTheMainWindowsList) {
     QtTestApp();
     TempHome home;
     LScriptedUserInteraction ui;
-    SetUserInteraction(&ui);
     LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
+    const LAppStartup startup(queue, &ui);
     const fs::path output = home.Path() / "out";
     fs::create_directories(output);
     LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
@@ -72,10 +71,7 @@ TEST(RecordingWindowTest, RecordsTracksIntoTheMainWindowsList) {
                                     5000));
         EXPECT_TRUE(QTest::qWaitFor([&] { return main.List()->model()->rowCount() == 2; }, 20000));
         EXPECT_EQ(recording.Meter()->ColourAt(-24), QColor(255, 255, 0));
-        thrConvertList.StopThreadNow();
     }
-    LMainThreadQueue::SetCurrent(nullptr);
-    SetUserInteraction(nullptr);
     unsetenv("VINORA_VIRTUAL_TURNTABLE");
 }
 

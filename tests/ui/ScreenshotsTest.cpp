@@ -92,7 +92,7 @@ TEST_F(Screenshots, MainWindowAndProgress) {
         recording.resize(640, 360);
         recording.show();
         recording.Page().CmRecord(false);
-        QTest::qWaitFor([&] { return recording.Page().Status() == "Recording"; }, 8000);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return recording.Page().Status() == "Recording"; }, 8000));
         QTest::qWait(700);
         Save(recording, "recording-window");
         recording.Page().CmStopSession(true);

@@ -1,4 +1,5 @@
 // The desktop program.
+#include "app/AppStartup.h"
 #include "platform/ProgramInfo.h"
 #include "ui/DesktopInstaller.h"
 #include "ui/MainWindow.h"
@@ -26,9 +27,8 @@ int main(int argc, char** argv) {
     }
 
     LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
     LQtUserInteraction interaction;
-    SetUserInteraction(&interaction);
+    const LAppStartup startup(queue, &interaction);
 
     LMainDialogWindows windows;
     LMainWindow* shown = nullptr;
@@ -47,8 +47,5 @@ int main(int argc, char** argv) {
         files.push_back(argument.toStdString());
     if (!files.empty()) window.Dialog().AddFiles(files);
 
-    const int result = QApplication::exec();
-    SetUserInteraction(nullptr);
-    LMainThreadQueue::SetCurrent(nullptr);
-    return result;
+    return QApplication::exec();
 }
