@@ -1,10 +1,14 @@
 #include "tags/AudioTagData.h"
 
+#include "platform/File.h"
 #include "platform/Paths.h"
+#include "tags/MP3TagFile.h"
 #include "tags/TagLock.h"
 #include "tags/TagText.h"
 
 #include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
 #include <mutex>
 #include <strings.h>
 
@@ -118,6 +122,22 @@ bool LAudioTagData::ReadTagsMP3(const char* path) {
 }
 
 bool LAudioTagData::WriteTagsMP3(const char* path) const {
-    std::lock_guard<LLockObject> lock(LAudioTagLock());
-    return WriteTagsID3v1(path) && WriteTagsID3v2(path);
+    return RewriteMP3Tags(path, *this, true, true);
+}
+
+bool LAudioTagData::SetImageData(const uint8_t* data, std::size_t size) {
+    char path[] = "/var/tmp/vinora-cover-XXXXXX.jpg";
+    const int fd = mkostemps(path, 4, O_CLOEXEC);
+    if (fd < 0) return false;
+    LFile file(fd);
+    const bool written = file.Write(data, size);
+    file.Close();
+    auto owned = std::shared_ptr<const std::string>(new std::string(path), [](const std::string* p) {
+        unlink(p->c_str());
+        delete p;
+    });
+    if (!written) return false;
+    imagePath_ = path;
+    ownedImage_ = std::move(owned);
+    return true;
 }

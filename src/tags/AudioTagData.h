@@ -3,6 +3,7 @@
 #include "tags/HashTable.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 // Which wave chunks ReadTags and WriteTags use.
@@ -68,9 +69,16 @@ public:
     uint8_t GetID3v2Version() const { return id3v2Version_; }
     // The cover image file written with the ID3v2 tag; empty for none.
     const std::string& GetImagePath() const { return imagePath_; }
-    void SetImagePath(const std::string& path) { imagePath_ = path; }
+    void SetImagePath(const std::string& path) {
+        imagePath_ = path;
+        ownedImage_.reset();
+    }
+    // Takes a cover image as a private temporary file of its own, removed when the last store
+    // holding it goes. False when the file cannot be written.
+    bool SetImageData(const uint8_t* data, std::size_t size);
 
 private:
     uint8_t id3v2Version_ = 0;
     std::string imagePath_;
+    std::shared_ptr<const std::string> ownedImage_; // removes the temporary image file
 };

@@ -6,12 +6,14 @@
 
 #include "tags/AudioTagData.h"
 #include "tags/Genres.h"
+#include "tags/MP3TagFile.h"
 #include "tags/TagFile.h"
 #include "tags/TagLock.h"
 #include "tags/TagText.h"
 
 #include <cctype>
 #include <cstdlib>
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 
@@ -20,8 +22,9 @@ namespace {
 constexpr std::size_t kBlockSize = 128;
 constexpr std::size_t kTitle = 3, kArtist = 33, kAlbum = 63, kYear = 93, kComment = 97;
 constexpr std::size_t kTrack = 126, kGenre = 127;
-// Byte 127 when the store has no genre.
-constexpr uint8_t kNoGenre = 148;
+// Byte 127 when the store has no genre: outside every genre list, so that no program reads a
+// genre the user never set (148 is "Abstract" in the extended lists).
+constexpr uint8_t kNoGenre = 255;
 
 bool HasBlock(const uint8_t* block) {
     return std::memcmp(block, "TAG", 3) == 0;
@@ -34,10 +37,10 @@ std::string FieldText(const uint8_t* field, std::size_t size) {
         std::string_view(text, zero ? static_cast<const char*>(zero) - text : size));
 }
 
+// The value's bytes as stored, cut to the field.
 void PutField(uint8_t* field, std::size_t size, const std::string& value) {
     std::memset(field, 0, size);
-    const std::string latin1 = LCopyToISO88591(value, size);
-    std::memcpy(field, latin1.data(), latin1.size());
+    std::memcpy(field, value.data(), std::min(value.size(), size));
 }
 
 // A decimal number at the start of the value ("3/12" gives 3), at most 255.
@@ -78,35 +81,21 @@ bool LAudioTagData::ReadTagsID3v1(const char* path) {
     return true;
 }
 
-bool LAudioTagData::WriteTagsID3v1(const char* path) const {
-    std::lock_guard<LLockObject> lock(LAudioTagLock());
-    LFile file = OpenTagFileReadWrite(path);
-    if (!file.IsOpen()) return false;
-    const int64_t size = file.GetSize();
-    if (size < 0) return false;
-
-    uint8_t block[kBlockSize] = {};
-    int64_t offset = size;
-    if (size >= static_cast<int64_t>(kBlockSize)) {
-        uint8_t old[kBlockSize];
-        if (!ReadAt(file, size - static_cast<int64_t>(kBlockSize), old, kBlockSize)) return false;
-        if (HasBlock(old)) {
-            std::memcpy(block, old, kBlockSize);
-            offset = size - static_cast<int64_t>(kBlockSize);
-        }
-    }
-
+void BuildID3v1Block(const LAudioTagData& tags, uint8_t* block) {
     std::memcpy(block, "TAG", 3);
-    PutField(block + kTitle, 29, GetTag("TITLE"));
+    PutField(block + kTitle, 29, tags.GetTag("TITLE"));
     block[kTitle + 29] = 0;
-    PutField(block + kArtist, 29, GetTag("ARTIST"));
+    PutField(block + kArtist, 29, tags.GetTag("ARTIST"));
     block[kArtist + 29] = 0;
-    PutField(block + kAlbum, 29, GetTag("ALBUM"));
+    PutField(block + kAlbum, 29, tags.GetTag("ALBUM"));
     block[kAlbum + 29] = 0;
-    PutField(block + kYear, 4, GetTag("YEAR"));
-    PutField(block + kComment, 28, GetTag("COMMENT"));
+    PutField(block + kYear, 4, tags.GetTag("YEAR"));
+    PutField(block + kComment, 28, tags.GetTag("COMMENT"));
     block[kTrack - 1] = 0;
-    if (HasParm("TRACKNUMBER")) block[kTrack] = LeadingNumber(GetTag("TRACKNUMBER"));
-    block[kGenre] = GenreByte(GetTag("GENRE"), block[kGenre]);
-    return WriteAt(file, offset, block, kBlockSize);
+    if (tags.HasParm("TRACKNUMBER")) block[kTrack] = LeadingNumber(tags.GetTag("TRACKNUMBER"));
+    block[kGenre] = GenreByte(tags.GetTag("GENRE"), block[kGenre]);
+}
+
+bool LAudioTagData::WriteTagsID3v1(const char* path) const {
+    return RewriteMP3Tags(path, *this, true, false);
 }

@@ -16,15 +16,30 @@ int64_t ID3v2TagBodySize(const uint8_t* header);
 uint32_t ID3v2DecodeTagSize(const uint8_t* size);
 void ID3v2EncodeTagSize(uint8_t* out, uint32_t size);
 
-// Reads the frames of a whole version 2.2 or 2.3 tag (header included, `size` bytes) into the
-// store. Frames that cannot be understood are skipped; a frame ID that is not made of A-Z and
+#include <string>
+
+// One frame of a tag, as version 2.3 writes it: the ID (version 2.2 IDs mapped) and the data,
+// with what versions 2.2 and 2.4 add around it (unsynchronisation, group and length bytes)
+// undone.
+struct LID3v2Frame {
+    std::string id;
+    std::vector<uint8_t> data;
+};
+
+// The frames of a whole version 2.2, 2.3 or 2.4 tag (header included, `size` bytes); frames
+// that are compressed or encrypted are left out. `valid` is false when the data is not such a
+// tag.
+std::vector<LID3v2Frame> ReadID3v2Frames(const uint8_t* data, std::size_t size, bool& valid);
+
+// Reads the frames of a whole version 2.2, 2.3 or 2.4 tag (header included, `size` bytes) into
+// the store. Frames that cannot be understood are skipped; a frame ID that is not made of A-Z and
 // 0-9, or a frame that runs past the tag, ends it. False when the data is not such a tag.
-// A JPEG picture becomes the store's cover image file (LID3v2CoverImagePath()).
+// A JPEG picture becomes the store's cover image, a private temporary file.
 bool ParseTagID3v2(const uint8_t* data, std::size_t size, LAudioTagData& tags);
 
-// The ID3v2.3 tag for the store (header included): a frame for each tag that has one, then
-// the cover image.
-std::vector<uint8_t> StoreTagID3v2(const LAudioTagData& tags);
+// The ID3v2.3 tag for the store (header included): a frame for each tag that has one, the
+// `kept` frames, then (when `picture`) the cover image.
+std::vector<uint8_t> StoreTagID3v2(const LAudioTagData& tags,
+                                   const std::vector<LID3v2Frame>& kept = {},
+                                   bool picture = true);
 
-// Where the picture of the last tag read is kept: "/var/tmp/switchtempartwork.jpg".
-const char* LID3v2CoverImagePath();

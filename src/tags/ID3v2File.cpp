@@ -1,5 +1,6 @@
 #include "tags/AudioTagData.h"
 #include "tags/ID3v2.h"
+#include "tags/MP3TagFile.h"
 #include "tags/TagFile.h"
 #include "tags/TagLock.h"
 
@@ -12,7 +13,7 @@ bool LAudioTagData::ReadTagsID3v2(const char* path) {
     uint8_t header[kID3v2HeaderSize];
     if (!ReadAt(file, 0, header, sizeof(header))) return false;
     const int64_t bodySize = ID3v2TagBodySize(header);
-    if (bodySize < 0 || (header[3] != 2 && header[3] != 3)) return false;
+    if (bodySize < 0 || header[3] < 2 || header[3] > 4) return false;
     // A tag that claims to run past the end of the file is damaged.
     if (static_cast<int64_t>(kID3v2HeaderSize) + bodySize > file.GetSize()) return false;
 
@@ -24,29 +25,5 @@ bool LAudioTagData::ReadTagsID3v2(const char* path) {
 }
 
 bool LAudioTagData::WriteTagsID3v2(const char* path) const {
-    std::lock_guard<LLockObject> lock(LAudioTagLock());
-    LFile file = OpenTagFileReadWrite(path);
-    if (!file.IsOpen()) return false;
-    const int64_t fileSize = file.GetSize();
-    if (fileSize < 0) return false;
-
-    // Everything after an old tag is kept; without one, the whole file.
-    int64_t keepFrom = 0;
-    uint8_t header[kID3v2HeaderSize];
-    if (fileSize >= static_cast<int64_t>(kID3v2HeaderSize)) {
-        if (!ReadAt(file, 0, header, sizeof(header))) return false;
-        const int64_t bodySize = ID3v2TagBodySize(header);
-        if (bodySize >= 0 && static_cast<int64_t>(kID3v2HeaderSize) + bodySize <= fileSize)
-            keepFrom = static_cast<int64_t>(kID3v2HeaderSize) + bodySize;
-    }
-
-    const std::vector<uint8_t> tag = StoreTagID3v2(*this);
-    const int64_t tagSize = static_cast<int64_t>(tag.size());
-    if (tagSize == keepFrom) return WriteAt(file, 0, tag.data(), tag.size());
-
-    std::vector<uint8_t> kept(static_cast<std::size_t>(fileSize - keepFrom));
-    if (!ReadAt(file, keepFrom, kept.data(), kept.size())) return false;
-    return WriteAt(file, 0, tag.data(), tag.size()) &&
-           WriteAt(file, tagSize, kept.data(), kept.size()) &&
-           Truncate(file, tagSize + static_cast<int64_t>(kept.size()));
+    return RewriteMP3Tags(path, *this, false, true);
 }

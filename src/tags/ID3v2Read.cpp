@@ -23,6 +23,12 @@ constexpr uint8_t kFlagExtendedHeader = 0x40; // version 2.2: compression
 constexpr uint8_t kFrameCompressed = 0x80;
 constexpr uint8_t kFrameEncrypted = 0x40;
 constexpr uint8_t kFrameGrouped = 0x20;
+// Second frame flag byte of version 2.4.
+constexpr uint8_t kFrame4Grouped = 0x40;
+constexpr uint8_t kFrame4Compressed = 0x08;
+constexpr uint8_t kFrame4Encrypted = 0x04;
+constexpr uint8_t kFrame4Unsynchronised = 0x02;
+constexpr uint8_t kFrame4DataLength = 0x01;
 
 uint32_t GetBE(const uint8_t* p, std::size_t bytes) {
     uint32_t value = 0;
@@ -159,13 +165,19 @@ void ReadPicture(const uint8_t* data, std::size_t size, LAudioTagData& tags) {
     if (pos >= size) return;
     pos += StringLength(encLatin1, data + pos, size - pos) + 1;
     if (pos >= size) return;
-    if (SaveFile(LID3v2CoverImagePath(), data + pos, size - pos, kTagFileWaitMs))
-        tags.SetImagePath(LID3v2CoverImagePath());
+    tags.SetImageData(data + pos, size - pos);
 }
 
 void AddTagID3v2(const std::string& frameId, const uint8_t* data, std::size_t size,
                  LAudioTagData& tags) {
     if (frameId == "TXXX" || frameId == "TXX") return;
+    // Version 2.4 keeps the year in its recording time, "2010-07-05T10:00".
+    if (frameId == "TDRC") {
+        std::string text;
+        if (size >= 1 && DecodeString(data[0], data + 1, size - 1, text))
+            Store(tags, "YEAR", text.substr(0, 4));
+        return;
+    }
     if (frameId[0] == 'T')
         ReadTextFrame(frameId, data, size, tags);
     else if (frameId == "COMM")
@@ -193,7 +205,7 @@ struct FrameDescription {
 };
 
 // False at the end of the frames: too few bytes left, an ID that is not one (padding), or a
-// frame that would run past the tag.
+// frame that would run past the tag. Version 2.4 sizes are sync-safe.
 bool GetID3v2FrameDescription(const uint8_t* p, std::size_t left, uint8_t version,
                               FrameDescription& frame) {
     const std::size_t idSize = version == 2 ? 3 : 4;
@@ -203,7 +215,7 @@ bool GetID3v2FrameDescription(const uint8_t* p, std::size_t left, uint8_t versio
         if (!IsFrameIdCharacter(p[i])) return false;
     const std::string id(reinterpret_cast<const char*>(p), idSize);
     frame.id = version == 2 ? MapHashTagToID3v2Minor2ToMinor3Tag(id) : id;
-    frame.dataSize = GetBE(p + idSize, idSize);
+    frame.dataSize = version == 4 ? ID3v2DecodeTagSize(p + 4) : GetBE(p + idSize, idSize);
     frame.formatFlags = version == 2 ? 0 : p[9];
     return frame.dataSize <= left - frame.headerSize;
 }
@@ -233,35 +245,37 @@ uint32_t ID3v2DecodeTagSize(const uint8_t* size) {
            size[3];
 }
 
-const char* LID3v2CoverImagePath() {
-    return "/var/tmp/switchtempartwork.jpg";
-}
-
-bool ParseTagID3v2(const uint8_t* data, std::size_t size, LAudioTagData& tags) {
-    if (size < kID3v2HeaderSize) return false;
+std::vector<LID3v2Frame> ReadID3v2Frames(const uint8_t* data, std::size_t size, bool& valid) {
+    std::vector<LID3v2Frame> frames;
+    valid = false;
+    if (size < kID3v2HeaderSize) return frames;
     const int64_t bodySize = ID3v2TagBodySize(data);
     const uint8_t version = data[3];
     const uint8_t flags = data[5];
-    if (bodySize < 0 || (version != 2 && version != 3) ||
+    if (bodySize < 0 || version < 2 || version > 4 ||
         static_cast<uint64_t>(bodySize) > size - kID3v2HeaderSize)
-        return false;
+        return frames;
     // A compressed version 2.2 tag has no defined compression; its frames cannot be read.
-    if (version == 2 && (flags & kFlagExtendedHeader)) return false;
+    if (version == 2 && (flags & kFlagExtendedHeader)) return frames;
+    valid = true;
 
     const uint8_t* body = data + kID3v2HeaderSize;
     std::vector<uint8_t> resynchronised;
     std::size_t bodyLength = static_cast<std::size_t>(bodySize);
-    if (flags & kFlagUnsynchronisation) {
+    // Version 2.4 undoes the unsynchronisation frame by frame.
+    if ((flags & kFlagUnsynchronisation) && version < 4) {
         resynchronised = Resynchronise(body, bodyLength);
         body = resynchronised.data();
         bodyLength = resynchronised.size();
     }
 
     std::size_t pos = 0;
-    if (version == 3 && (flags & kFlagExtendedHeader)) {
-        if (bodyLength < 4) return true;
-        const uint64_t extended = 4 + uint64_t{GetBE(body, 4)};
-        if (extended > bodyLength) return true;
+    if (version >= 3 && (flags & kFlagExtendedHeader)) {
+        if (bodyLength < 4) return frames;
+        // Version 2.4 counts the size field in, as a sync-safe number.
+        const uint64_t extended =
+            version == 4 ? uint64_t{ID3v2DecodeTagSize(body)} : 4 + uint64_t{GetBE(body, 4)};
+        if (extended > bodyLength) return frames;
         pos = static_cast<std::size_t>(extended);
     }
 
@@ -270,13 +284,26 @@ bool ParseTagID3v2(const uint8_t* data, std::size_t size, LAudioTagData& tags) {
         const uint8_t* frameData = body + pos + frame.headerSize;
         std::size_t frameSize = frame.dataSize;
         pos += frame.headerSize + frame.dataSize;
-        if (frame.formatFlags & (kFrameCompressed | kFrameEncrypted)) continue;
-        if (frame.formatFlags & kFrameGrouped) {
-            if (frameSize == 0) continue;
-            ++frameData;
-            --frameSize;
-        }
-        AddTagID3v2(frame.id, frameData, frameSize, tags);
+        const uint8_t packed = version == 4 ? kFrame4Compressed | kFrame4Encrypted
+                                            : kFrameCompressed | kFrameEncrypted;
+        if (frame.formatFlags & packed) continue;
+        std::vector<uint8_t> bytes(frameData, frameData + frameSize);
+        if (version == 4 && (frame.formatFlags & kFrame4Unsynchronised))
+            bytes = Resynchronise(bytes.data(), bytes.size());
+        const bool grouped =
+            frame.formatFlags & (version == 4 ? kFrame4Grouped : kFrameGrouped);
+        std::size_t skip = grouped ? 1 : 0;
+        if (version == 4 && (frame.formatFlags & kFrame4DataLength)) skip += 4;
+        if (skip > bytes.size()) continue;
+        bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(skip));
+        frames.push_back({frame.id, std::move(bytes)});
     }
-    return true;
+    return frames;
+}
+
+bool ParseTagID3v2(const uint8_t* data, std::size_t size, LAudioTagData& tags) {
+    bool valid = false;
+    for (const LID3v2Frame& frame : ReadID3v2Frames(data, size, valid))
+        AddTagID3v2(frame.id, frame.data.data(), frame.data.size(), tags);
+    return valid;
 }

@@ -110,7 +110,8 @@ void ID3v2EncodeTagSize(uint8_t* out, uint32_t size) {
         out[i] = static_cast<uint8_t>((size >> (7 * (3 - i))) & 0x7F);
 }
 
-std::vector<uint8_t> StoreTagID3v2(const LAudioTagData& tags) {
+std::vector<uint8_t> StoreTagID3v2(const LAudioTagData& tags, const std::vector<LID3v2Frame>& kept,
+                                   bool picture) {
     Bytes tag{'I', 'D', '3', 3, 0, 0, 0, 0, 0, 0};
     for (const LHashTable::LHashNode& node : tags) {
         // The picture comes from the cover image file, never from a text.
@@ -120,7 +121,9 @@ std::vector<uint8_t> StoreTagID3v2(const LAudioTagData& tags) {
         if (frameId == "TXXX") continue;
         AppendFrame(tag, frameId, FrameData(frameId, node.value));
     }
-    if (!tags.GetImagePath().empty()) AppendPicture(tag, tags.GetImagePath());
+    for (const LID3v2Frame& frame : kept)
+        AppendFrame(tag, frame.id, frame.data);
+    if (picture && !tags.GetImagePath().empty()) AppendPicture(tag, tags.GetImagePath());
     ID3v2EncodeTagSize(tag.data() + 6, static_cast<uint32_t>(tag.size() - kID3v2HeaderSize));
     return tag;
 }

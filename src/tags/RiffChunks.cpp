@@ -90,3 +90,20 @@ bool LWaveChunks::WriteChunks(LFile& file, int64_t offset, const std::vector<uin
     PutLE32(size, static_cast<uint32_t>(riffSize));
     return WriteAt(file, formOffset_ + 4, size, sizeof(size));
 }
+
+bool LWaveChunks::ReplaceChunks(LFile& file, const std::vector<std::size_t>& old,
+                                const std::vector<uint32_t>& sizes,
+                                const std::vector<uint8_t>& bytes) {
+    const int64_t oldSize = fileSize_;
+    uint8_t riffSize[4];
+    if (!ReadAt(file, formOffset_ + 4, riffSize, sizeof riffSize)) return false;
+    if (!WriteChunks(file, FindPlace(sizes), bytes)) {
+        // What was added goes again; the RIFF size is only changed after a complete write.
+        [[maybe_unused]] const bool cut = Truncate(file, oldSize);
+        fileSize_ = oldSize;
+        return false;
+    }
+    for (std::size_t index : old)
+        if (!MakeFiller(file, index)) return false;
+    return true;
+}

@@ -43,6 +43,11 @@ public:
     int64_t FindPlace(const std::vector<uint32_t>& sizes) const;
     // Writes the chunk bytes at the offset; the form's RIFF size then covers the whole file.
     bool WriteChunks(LFile& file, int64_t offset, const std::vector<uint8_t>& bytes);
+    // Puts new chunks (`bytes`, of chunks of `sizes`) in the place FindPlace gives and only then
+    // turns the old chunks (`old`, indexes) into fillers. When the new chunks cannot be written
+    // (a full disk) the file is cut back to its old length: the old chunks stay as they were.
+    bool ReplaceChunks(LFile& file, const std::vector<std::size_t>& old,
+                       const std::vector<uint32_t>& sizes, const std::vector<uint8_t>& bytes);
 
 private:
     int64_t formOffset_ = 0;

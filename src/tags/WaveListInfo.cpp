@@ -130,10 +130,10 @@ bool LAudioTagData::WriteTagsWav(const char* path) const {
     LFile file = OpenTagFileReadWrite(path);
     LWaveChunks chunks;
     if (!file.IsOpen() || !chunks.Read(file)) return false;
+    std::vector<std::size_t> old;
     for (std::size_t i = 0; i < chunks.GetChunks().size(); ++i) {
         const LRiffChunk& chunk = chunks.GetChunks()[i];
-        if ((chunk.Is("DISP") || IsInfoList(file, chunk)) && !chunks.MakeFiller(file, i))
-            return false;
+        if (chunk.Is("DISP") || IsInfoList(file, chunk)) old.push_back(i);
     }
 
     unsigned listSize = 0, dispSize = 0;
@@ -152,5 +152,5 @@ bool LAudioTagData::WriteTagsWav(const char* path) const {
     bytes.insert(bytes.end(), {1, 0, 0, 0});
     AppendText(bytes, CutText(GetTag("TITLE"), kMaxTitleText));
 
-    return chunks.WriteChunks(file, chunks.FindPlace({listSize, dispSize}), bytes);
+    return chunks.ReplaceChunks(file, old, {listSize, dispSize}, bytes);
 }

@@ -72,9 +72,8 @@ bool WriteWaveTagRecord(const char* path, const LWaveTagRecord& record) {
     LFile file = OpenTagFileReadWrite(path);
     LWaveChunks chunks;
     if (!file.IsOpen() || !chunks.Read(file)) return false;
-    for (std::size_t i = 0; i < chunks.GetChunks().size(); ++i) {
-        if (chunks.GetChunks()[i].Is(record.GetChunkId()) && !chunks.MakeFiller(file, i))
-            return false;
-    }
-    return chunks.WriteChunks(file, chunks.FindPlace({record.ChunkSize()}), record.ChunkBytes());
+    std::vector<std::size_t> old;
+    for (std::size_t i = 0; i < chunks.GetChunks().size(); ++i)
+        if (chunks.GetChunks()[i].Is(record.GetChunkId())) old.push_back(i);
+    return chunks.ReplaceChunks(file, old, {record.ChunkSize()}, record.ChunkBytes());
 }

@@ -172,7 +172,7 @@ TEST(ID3v2Parse, DamagedTagsStopWithoutReadingPastTheData) {
     badSize[9] |= 0x80;
     Parse(badSize, &ok);
     EXPECT_FALSE(ok);
-    Parse(Tag(4, good), &ok);
+    Parse(Tag(5, good), &ok);
     EXPECT_FALSE(ok);
 }
 

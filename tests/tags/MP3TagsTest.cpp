@@ -2,9 +2,12 @@
 
 #include "tags/AudioTagData.h"
 #include "tags/ID3v2.h"
+#include "support/FileSizeLimit.h"
 #include "tags/TagTestFiles.h"
 
 #include <gtest/gtest.h>
+
+#include <cstring>
 
 #include <tuple>
 
@@ -61,12 +64,13 @@ TEST_F(MP3Tags, WhatThisSystemWritesOtherProgramsRead) {
     auto probed = FFprobeTags(path_);
     for (const auto& [name, probeName, value] : written)
         EXPECT_EQ(probed[probeName], value) << probeName;
-    // The ID3v1 block holds the same texts in ISO-8859-1, the track number and genre 8 (Jazz).
+    // The ID3v1 block holds the texts as stored, the track number and genre 8 (Jazz).
     const std::string id3v1 = MutagenID3v1(path_);
-    for (const std::string& line :
-         {std::string("TIT2=") + kCafe, std::string("TPE1=Pina Bausch"), std::string("TRCK=3"),
-          std::string("TCON=8"), std::string("TYER=1978")})
+    for (const std::string& line : {std::string("TPE1=Pina Bausch"), std::string("TRCK=3"),
+                                    std::string("TCON=8"), std::string("TYER=1978")})
         EXPECT_NE(id3v1.find(line + "\n"), std::string::npos) << id3v1;
+    const std::vector<uint8_t> bytes = ReadFileBytes(path_);
+    EXPECT_EQ(std::string(bytes.end() - 125, bytes.end() - 125 + std::strlen(kCafe)), kCafe);
 
     const LAudioTagData read = Read(path_);
     EXPECT_EQ(read.GetID3v2Version(), 3);
@@ -107,10 +111,12 @@ TEST_F(MP3Tags, RewritingKeepsTheAudioAndOneID3v1Block) {
     EXPECT_EQ(read.GetTag("GENRE"), "My Genre");
     EXPECT_EQ(read.GetTag("TRACKNUMBER"), "3/12");
 
-    // Without a genre the byte becomes 148; a genre on a new block that is no ID3v1 genre is 0.
+    // Without a genre the byte becomes 255, which no program reads as a genre; a genre on a
+    // new block that is no ID3v1 genre is 0.
     tags.DeleteParm("GENRE");
     ASSERT_TRUE(tags.WriteTagsMP3(path_.c_str()));
-    EXPECT_EQ(ReadFileBytes(path_).back(), 148);
+    EXPECT_EQ(ReadFileBytes(path_).back(), 255);
+    EXPECT_EQ(FFprobeTags(path_).count("genre"), 0u);
     const auto other = MakeMp3(home_.Path(), "other.mp3");
     tags.SetTag("GENRE", "My Genre", true);
     ASSERT_TRUE(tags.WriteTagsMP3(other.c_str()));
@@ -148,24 +154,36 @@ TEST_F(MP3Tags, ReadsTagsOfId3libAndReplacesMutagensVersion24) {
                       {"GENRE", "Rock"},
                       {"COMMENT", "A comment"}});
 
-    // Version 2.4 is read only through its ID3v1 block, and writing replaces it with 2.3.
+    // Version 2.4 as mutagen writes it: UTF-8 texts, a user text and a picture. Its tags are
+    // read, and a title change keeps what this system does not edit.
     const auto v24 = MakeMp3(home_.Path(), "v24.mp3");
-    const std::string saved = RunMutagen("import sys\n"
-                                         "from mutagen.id3 import ID3, TIT2, TCOM\n"
-                                         "tags = ID3()\n"
-                                         "tags.add(TIT2(encoding=3, text='Version four'))\n"
-                                         "tags.add(TCOM(encoding=3, text='Only in v2.4'))\n"
-                                         "tags.save(sys.argv[1], v2_version=4, v1=2)\n",
-                                         v24, &status);
+    const std::string saved = RunMutagen(
+        "import sys\n"
+        "from mutagen.id3 import ID3, TIT2, TCOM, TXXX, APIC, PRIV\n"
+        "tags = ID3()\n"
+        "tags.add(TIT2(encoding=3, text='Version f\\u00fcnf'))\n"
+        "tags.add(TCOM(encoding=3, text='Only in v2.4'))\n"
+        "tags.add(TXXX(encoding=3, desc='CATALOG', text='VR-0042'))\n"
+        "tags.add(APIC(encoding=3, mime='image/png', type=3, desc='Front', data=b'PNGDATA'))\n"
+        "tags.add(PRIV(owner='org.example', data=b'\\x00\\x01'))\n"
+        "tags.save(sys.argv[1], v2_version=4, v1=0)\n",
+        v24, &status);
     ASSERT_EQ(status, 0) << saved;
     tags = Read(v24);
-    EXPECT_EQ(tags.GetID3v2Version(), 0);
-    EXPECT_EQ(tags.GetTag("TITLE"), "Version four");
-    EXPECT_FALSE(tags.HasParm("COMPOSER"));
-    tags.SetTag("ALBUM", "Now in v2.3", true);
+    EXPECT_EQ(tags.GetID3v2Version(), 4);
+    ExpectTags(tags, {{"TITLE", "Version f\xC3\xBCnf"}, {"COMPOSER", "Only in v2.4"}});
+    tags.SetTag("TITLE", "A new title", true);
     ASSERT_TRUE(tags.WriteTagsMP3(v24.c_str()));
-    EXPECT_EQ(FFprobeTags(v24)["album"], "Now in v2.3");
-    EXPECT_EQ(ReadFileBytes(v24)[3], 3);
+    const std::string after = RunMutagen(
+        "import sys\n"
+        "from mutagen.id3 import ID3\n"
+        "t = ID3(sys.argv[1])\n"
+        "print(t.version[1], t['TIT2'].text[0], t['TCOM'].text[0], t['TXXX:CATALOG'].text[0])\n"
+        "p = t.getall('APIC')[0]\n"
+        "print(p.mime, int(p.type), p.desc, p.data, t.getall('PRIV')[0].owner)\n",
+        v24, &status);
+    EXPECT_EQ(status, 0) << after;
+    EXPECT_EQ(after, "3 A new title Only in v2.4 VR-0042\nimage/png 3 Front b'PNGDATA' org.example\n");
 }
 
 TEST_F(MP3Tags, CoverImageIsWrittenAndReadBack) {
@@ -182,9 +200,24 @@ TEST_F(MP3Tags, CoverImageIsWrittenAndReadBack) {
                                            "-of default=nw=1 " +
                                            ShellQuote(path_.string()));
     EXPECT_NE(streams.find("codec_name=mjpeg"), std::string::npos) << streams;
-    const LAudioTagData read = Read(path_);
-    EXPECT_EQ(read.GetImagePath(), LID3v2CoverImagePath());
-    EXPECT_EQ(ReadFileBytes(read.GetImagePath()), ReadFileBytes(cover));
+    std::string image;
+    {
+        // Each read keeps the picture in a private file of its own, gone with the last store.
+        const LAudioTagData read = Read(path_);
+        const LAudioTagData again = Read(path_);
+        image = read.GetImagePath();
+        EXPECT_NE(image, again.GetImagePath());
+        EXPECT_EQ(ReadFileBytes(image), ReadFileBytes(cover));
+        EXPECT_EQ(std::filesystem::status(image).permissions() & std::filesystem::perms::all,
+                  std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    }
+    EXPECT_FALSE(std::filesystem::exists(image));
+
+    // On a full disk a tag write fails and leaves the file byte for byte.
+    const std::vector<uint8_t> before = ReadFileBytes(path_);
+    tags.SetTag("COMMENT", std::string(200, 'c').c_str(), true);
+    EXPECT_FALSE(WithFileSizeLimit(before.size(), [&] { return tags.WriteTagsMP3(path_.c_str()); }));
+    EXPECT_EQ(ReadFileBytes(path_), before);
 }
 
 TEST_F(MP3Tags, DamagedOrMissingFilesFailAndLoseNothing) {

@@ -3,6 +3,7 @@
 
 #include "tags/AudioTagData.h"
 #include "tags/BWF.h"
+#include "support/FileSizeLimit.h"
 #include "tags/TagTestFiles.h"
 
 #include <gtest/gtest.h>
@@ -113,12 +114,18 @@ TEST_F(WaveTags, WhatThisSystemWritesFFprobeAndSoxReadAndAllModeAddsEveryChunk) 
     const std::vector<uint8_t> bytes = ReadFileBytes(path_);
     EXPECT_EQ(Field32(bytes, 4), bytes.size() - 8);
 
-    // Written in every mode, twice: each chunk once, and every tag reads back.
+    // Written in every mode, three times: each chunk once (the chunks replaced before stay as
+    // fillers, and the file stops growing), and every tag reads back.
     tags.SetTag("ORIGINATOR", "Vinora", true);
     ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeAll, false));
     ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeAll, false));
-    EXPECT_EQ(ChunkIds(path_),
-              (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "bext", "cart"}));
+    const std::size_t size = ReadFileBytes(path_).size();
+    ASSERT_TRUE(tags.WriteTags(path_.c_str(), tagModeAll, false));
+    EXPECT_EQ(ReadFileBytes(path_).size(), size);
+    std::vector<std::string> live;
+    for (const std::string& id : ChunkIds(path_))
+        if (id != "    ") live.push_back(id);
+    EXPECT_EQ(live, (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "bext", "cart"}));
     EXPECT_EQ(Samples(path_), samples);
 
     const LAudioTagData read = Read(path_, tagModeAll);
@@ -163,17 +170,20 @@ TEST_F(WaveTags, ListInfoReadsWhatFFmpegWrote) {
     EXPECT_EQ(Samples(path), Samples(path_));
 }
 
-TEST_F(WaveTags, ListInfoRewritesInPlaceWhenTheSizeIsUnchangedAndAppendsOtherwise) {
+TEST_F(WaveTags, ListInfoNeverOverwritesTheTagsItReplaces) {
+    // A rewrite goes where the tags before the last ones were (or to the end), and only then
+    // are the last ones given up: the file settles at two places of each size.
     LAudioTagData tags = SampleTags();
     ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
-    const std::vector<uint8_t> first = ReadFileBytes(path_);
     ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
-    EXPECT_EQ(ReadFileBytes(path_), first);
+    const std::size_t settled = ReadFileBytes(path_).size();
+    ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
+    EXPECT_EQ(ReadFileBytes(path_).size(), settled);
 
     tags.SetTag("TITLE", "A much longer title than before", true);
     ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
-    EXPECT_EQ(ChunkIds(path_),
-              (std::vector<std::string>{"fmt ", "data", "    ", "    ", "LIST", "DISP"}));
+    EXPECT_EQ(ChunkIds(path_), (std::vector<std::string>{"fmt ", "data", "    ", "    ", "    ",
+                                                         "    ", "LIST", "DISP"}));
     EXPECT_EQ(FFprobeTags(path_)["title"], "A much longer title than before");
     EXPECT_EQ(Read(path_, tagModeListInfo).GetTag("TITLE"), "A much longer title than before");
 
@@ -182,9 +192,15 @@ TEST_F(WaveTags, ListInfoRewritesInPlaceWhenTheSizeIsUnchangedAndAppendsOtherwis
     tags.SetTag("TITLE", kCafe, true);
     ASSERT_TRUE(tags.WriteTagsWav(path_.c_str()));
     EXPECT_EQ(ReadFileBytes(path_).size(), size);
-    EXPECT_EQ(ChunkIds(path_),
-              (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "    ", "    "}));
+    EXPECT_EQ(ChunkIds(path_), (std::vector<std::string>{"fmt ", "data", "LIST", "DISP", "    ",
+                                                         "    ", "    ", "    "}));
     EXPECT_EQ(Read(path_, tagModeListInfo).GetTag("TITLE"), kCafe);
+
+    // On a full disk the new tags cannot be added: the old ones stay, the file byte for byte.
+    const std::vector<uint8_t> before = ReadFileBytes(path_);
+    tags.SetTag("ARTIST", std::string(200, 'a').c_str(), true);
+    EXPECT_FALSE(WithFileSizeLimit(before.size(), [&] { return tags.WriteTagsWav(path_.c_str()); }));
+    EXPECT_EQ(ReadFileBytes(path_), before);
 
     // A long value is cut so that it reads back as written.
     tags.SetTag("COMMENT", std::string(259, 'c').c_str(), true);
@@ -264,11 +280,13 @@ TEST_F(WaveTags, BextRoundTripWithCodingHistory) {
     ASSERT_TRUE(read.WriteTagsBWF(copy.c_str(), true));
     EXPECT_EQ(Read(copy, tagModeBWF).GetTag("CODINGHISTORY"), line + line);
 
-    // Unchanged tags go back into the same chunk.
+    // Unchanged tags written again take the second place, then the first again.
+    ASSERT_TRUE(read.WriteTagsBWF(path_.c_str(), false));
     const std::vector<uint8_t> before = ReadFileBytes(path_);
     ASSERT_TRUE(read.WriteTagsBWF(path_.c_str(), false));
+    ASSERT_TRUE(read.WriteTagsBWF(path_.c_str(), false));
     EXPECT_EQ(ReadFileBytes(path_), before);
-    EXPECT_EQ(ChunkIds(path_), (std::vector<std::string>{"fmt ", "data", "bext"}));
+    EXPECT_EQ(ChunkIds(path_), (std::vector<std::string>{"fmt ", "data", "    ", "bext"}));
 }
 
 TEST_F(WaveTags, CartFieldsPostTimersAndTagText) {
