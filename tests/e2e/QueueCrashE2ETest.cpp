@@ -1,5 +1,7 @@
 // The processing queue of vinora-cli killed (SIGKILL) while it converts, then run again: what
 // the next run does with the requests left in the queue file.
+#include "app/ProcessListThread.h"
+#include "platform/FileOps.h"
 #include "support/TempHome.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <random>
 #include <set>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -177,6 +180,91 @@ TEST_F(QueueCrashE2E, AListWhoseHeadIsKilledTwiceIsDiscarded) {
     EXPECT_EQ(Cli("queue list", &status), "");
     EXPECT_TRUE(fs::exists(PathOf("long.wav")));
     EXPECT_TRUE(fs::exists(PathOf("short.wav")));
+}
+
+// Five recordings queued as a recording session queues them, ten runs killed at random moments,
+// then one run to the end: each recording ends as exactly one whole output, or, when the list
+// had to be given up, safe in "Recovered Recordings"; nothing half-written is left anywhere.
+TEST_F(QueueCrashE2E, RandomKillsNeverLoseOrHalveARecording) {
+    const unsigned seed = static_cast<unsigned>(std::random_device{}());
+    std::mt19937 random(seed);
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const fs::path out = PathOf("out");
+    fs::create_directories(out);
+    fs::create_directories(QueueFile().parent_path());
+    struct Queued {
+        std::string recording;
+        fs::path output;
+        double seconds;
+    };
+    std::vector<Queued> queued;
+    for (int i = 0; i < 5; ++i) {
+        char recording[260];
+        ASSERT_TRUE(GetTempFile("/var/tmp/", recording, ".wav"));
+        const double seconds = 3 + i;
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(recording) + " synth " +
+                   std::to_string(seconds) + " sine 300-3000 vol 0.5 2>/dev/null");
+        LProcessConvert request;
+        const fs::path output = out / ("Track " + std::to_string(i + 1) + (i % 2 ? ".wav" : ".mp3"));
+        std::snprintf(request.sourcePath, sizeof request.sourcePath, "%s", recording);
+        std::snprintf(request.destinationPath, sizeof request.destinationPath, "%s", output.c_str());
+        std::snprintf(request.outputFolder, sizeof request.outputFolder, "%s", out.c_str());
+        std::snprintf(request.outputExtension, sizeof request.outputExtension, "%s",
+                      output.extension().c_str());
+        request.restore = 0;
+        request.deleteSource = 1;
+        ASSERT_TRUE(ProcessListFile::Append(QueueFile().c_str(), &request, sizeof request));
+        queued.push_back({recording, output, seconds});
+    }
+
+    std::uniform_int_distribution<int> after(200, 3000);
+    for (int kill = 0; kill < 10; ++kill) {
+        const pid_t child = fork();
+        ASSERT_NE(child, -1);
+        if (child == 0) {
+            setpgid(0, 0);
+            const int null = open("/dev/null", O_WRONLY);
+            dup2(null, STDOUT_FILENO);
+            dup2(null, STDERR_FILENO);
+            execl(VINORA_CLI, VINORA_CLI, "queue", "run", static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        setpgid(child, child);
+        std::this_thread::sleep_for(std::chrono::milliseconds(after(random)));
+        ::kill(-child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        while (waitpid(-child, nullptr, 0) > 0 || errno == EINTR) {
+        }
+    }
+    int status = -1;
+    Cli("queue run", &status);
+    ASSERT_EQ(status, 0);
+    EXPECT_EQ(fs::exists(QueueFile()) ? fs::file_size(QueueFile()) : 0u, 0u);
+
+    const fs::path recovered = out / "Recovered Recordings";
+    std::set<std::string> expected;
+    for (const Queued& item : queued) {
+        const bool converted = fs::exists(item.output);
+        const fs::path kept = recovered / (item.output.stem().string() + ".wav");
+        EXPECT_NE(converted, fs::exists(kept)) << item.output;
+        if (converted) {
+            expected.insert(item.output.filename().string());
+            const double length = std::atof(
+                RunCommand("soxi -D " + ShellQuote(item.output.string()) + " 2>/dev/null").c_str());
+            EXPECT_NEAR(length, item.seconds, 0.1) << item.output;
+        } else {
+            expected.insert(recovered.filename().string());
+            EXPECT_NEAR(std::atof(RunCommand("soxi -D " + ShellQuote(kept.string())).c_str()),
+                        item.seconds, 0.01);
+        }
+        EXPECT_FALSE(fs::exists(item.recording)) << item.recording;
+    }
+    // No half-written or hidden file anywhere in the output folder.
+    EXPECT_EQ(Names(out), expected);
+    if (fs::exists(recovered)) {
+        for (const std::string& name : Names(recovered))
+            EXPECT_NE(name[0], '.') << name;
+    }
 }
 
 } // namespace
