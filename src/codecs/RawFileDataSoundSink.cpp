@@ -37,13 +37,17 @@ size_t LRawFileDataSoundSinkBase::WriteHeader(bool final) const {
 }
 
 void LRawFileDataSoundSinkBase::Write(const int* buffer, int frames) {
-    if (!file_.IsOpen()) return;
+    if (!file_.IsOpen() || (error_ & 1)) return;
     position_ += frames;
     while (frames > 0) {
         const int block = std::min(frames, kBlockFrames);
         convert_(stored_.data(), buffer, block * channels_);
         const size_t bytes = static_cast<size_t>(block) * bytesPerFrame_;
-        WriteFileAt(file_, writeOffset_, stored_.data(), bytes);
+        // A full disk: the file is not whole, and nothing more is written.
+        if (!WriteFileAt(file_, writeOffset_, stored_.data(), bytes)) {
+            error_ |= 1;
+            return;
+        }
         writeOffset_ += static_cast<int64_t>(bytes);
         buffer += block * channels_;
         frames -= block;

@@ -28,6 +28,8 @@ public:
                               ConvertFunction convert);
     ~LRawFileDataSoundSinkBase() override;
 
+    // A write the file does not take (a full disk) sets bit 0 of the error code; nothing is
+    // written after it.
     void Write(const int* buffer, int frames) override;
     // Only backwards: the audio after `frame` is discarded. A later frame is ignored.
     void Seek(int frame) override;

@@ -105,6 +105,11 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
         pump.sink = sink;
         result = Process(progress, pump);
     }
+    // A sink that could not take everything (a full disk) did not write a whole file.
+    if (result == PROCESS_DONE && (sink->GetError() & 1)) {
+        progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
+        result = PROCESS_FAILED;
+    }
     if (job.lengthText[0] == 0) {
         char text[32];
         LSoundTime::FromSamples(source->GetEndSample(), source->GetSampleRate())._GetText(text);

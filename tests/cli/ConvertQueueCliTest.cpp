@@ -197,4 +197,41 @@ TEST_F(ConvertCli, QueueAddListRun) {
     EXPECT_EQ(status, 2);
 }
 
+// On a full disk (a file size limit, with SIGXFSZ ignored as a full disk gives no signal) a
+// conversion and a queue append fail with an error and leave every existing file as it was.
+TEST_F(ConvertCli, AFullDiskFailsWithoutTouchingExistingFiles) {
+    MakeWave("in.wav");
+    fs::create_directories(PathOf("out"));
+    std::ofstream(PathOf("out/in.wav")) << "the earlier conversion";
+    const auto limited = [&](const std::string& arguments, int* status) {
+        // 2,048 bytes: room for the queue's first request, not for a second.
+        return RunCommand("sh -c " + ShellQuote("trap '' XFSZ; ulimit -f 4; exec " +
+                                                std::string(VINORA_CLI) + " " + arguments) +
+                              " 2>&1",
+                          status);
+    };
+    int status = -1;
+    std::string printed = limited("convert " + ShellQuote(PathOf("in.wav")) + " " +
+                                      ShellQuote(PathOf("out/in.wav")),
+                                  &status);
+    EXPECT_EQ(status, 2) << printed;
+    EXPECT_NE(printed.find("the conversion failed"), std::string::npos) << printed;
+    EXPECT_EQ(FileText(PathOf("out/in.wav")), "the earlier conversion");
+    EXPECT_EQ(std::distance(fs::directory_iterator(PathOf("out")), fs::directory_iterator()), 1);
+
+    Cli("queue add " + ShellQuote(PathOf("in.wav")) + " " + ShellQuote(PathOf("out/a.wav")),
+        &status);
+    ASSERT_EQ(status, 0);
+    const fs::path queue = home_.DataHome() / "Brakwater Software/Vinora/vnprocesses.list";
+    const std::string before = FileText(queue);
+    for (int i = 0; i < 2; ++i) {
+        printed = limited("queue add " + ShellQuote(PathOf("in.wav")) + " " +
+                              ShellQuote(PathOf("out/b.wav")),
+                          &status);
+        EXPECT_EQ(status, 2) << printed;
+        EXPECT_NE(printed.find("cannot be written"), std::string::npos) << printed;
+        EXPECT_EQ(FileText(queue), before);
+    }
+}
+
 } // namespace
