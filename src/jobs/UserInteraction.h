@@ -24,7 +24,9 @@ struct LFileRequest {
 
 // Everything the program asks of or shows to the user outside its own windows: message boxes,
 // questions, file and folder choosers, tips, dock notices and showing a folder in the file
-// browser. The desktop program shows real dialogs; tests answer from a script.
+// browser. The desktop program shows real dialogs; tests answer from a script. Every call may
+// come from any thread and returns once the user has answered: an implementation that shows
+// windows hands the call to the thread that owns them and waits.
 class LUserInteraction {
 public:
     virtual ~LUserInteraction() = default;

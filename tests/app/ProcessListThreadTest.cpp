@@ -285,6 +285,13 @@ TEST(MainNotify, PostsThroughTheMainThreadQueue) {
                                                {2046, "", 25},
                                                {2045, "a.mp3", 0},
                                                {2042, std::string(259, 'x'), 0}}));
+
+    // Posts still on their way when the window goes reach nothing.
+    target.messages.clear();
+    notify.NotifyFile("b.mp3");
+    notify.SetTarget(nullptr);
+    queue.RunPending();
+    EXPECT_TRUE(target.messages.empty());
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
 #include <utility>
 
 TEST(UserInteraction, ReachesTheInstalledImplementationAndOtherwiseAnswersCautiously) {
@@ -26,4 +27,20 @@ TEST(UserInteraction, ReachesTheInstalledImplementationAndOtherwiseAnswersCautio
         EXPECT_EQ(UserInteraction().ShowMessage("Quit", "Sure?", buttons), answer);
     EXPECT_TRUE(UserInteraction().ChooseOpenFiles({}, true).empty());
     EXPECT_EQ(UserInteraction().ChooseFolder("Copy to", "/music"), "");
+}
+
+TEST(UserInteraction, AQuestionFromAnotherThreadIsAnsweredOnce) {
+    LScriptedUserInteraction ui;
+    ui.QueueAnswer(LMessageAnswer::No);
+    SetUserInteraction(&ui);
+    LMessageAnswer answer = LMessageAnswer::Ok;
+    std::thread worker([&] {
+        answer = UserInteraction().ShowMessage("Vinora Records Vinyl to CD Converter",
+                                               "Keep going?", LMessageButtons::YesNo);
+    });
+    worker.join();
+    SetUserInteraction(nullptr);
+    EXPECT_EQ(answer, LMessageAnswer::No);
+    ASSERT_EQ(ui.Calls().size(), 1u);
+    EXPECT_EQ(ui.Calls()[0].text, "Keep going?");
 }
