@@ -5,6 +5,7 @@
 #include "app/ProcessListThread.h"
 #include "app/SoundEditor.h"
 #include "codecs/AudioFileSource.h"
+#include "codecs/AudioFileTypes.h"
 #include "jobs/MainThreadQueue.h"
 #include "jobs/UserInteraction.h"
 #include "platform/ComponentDownload.h"
@@ -29,14 +30,8 @@ namespace {
 constexpr const char* kOutputFolderKey = "AppOutputFolder";
 constexpr const char* kQueueCountIdle = "No Files Queued";
 
-bool HasExtension(const std::string& path, const char* extension) {
-    char ext[kPathBufferSize];
-    _GetFileExtensionFromPath(ext, path.c_str());
-    return strcasecmp(ext, extension) == 0;
-}
-
 bool IsListedType(const std::string& path) {
-    return HasExtension(path, ".wav") || HasExtension(path, ".mp3");
+    return LFindAudioFileType(path.c_str()) != nullptr;
 }
 
 std::string FolderOf(const std::string& path) {
@@ -91,7 +86,7 @@ bool MakeRow(const char* path, LRecordingRow& row) {
     row.size = FormatRecordingSize(info.st_size);
     row.modifiedTime = info.st_mtime ? info.st_mtime : info.st_ctime;
     row.modified = FormatRecordingTime(row.modifiedTime);
-    row.icon = HasExtension(path, ".mp3") ? 1 : 0;
+    row.icon = LFindAudioFileType(path)->tags == LAudioTagKind::id3 ? 1 : 0;
     return true;
 }
 
@@ -389,8 +384,8 @@ void MainDialog::LoadSavedAudioFiles() {
     const std::string folder = GetVNOutputFolder();
     // The totals are stored once for the whole folder.
     loading_ = true;
-    for (const char* pattern : {"*.wav", "*.mp3"}) {
-        LFolderIterator files(folder.c_str(), pattern);
+    for (const LAudioFileType& type : LAudioFileTypes()) {
+        LFolderIterator files(folder.c_str(), (std::string("*") + type.extension).c_str());
         while (files.Next())
             if (!files.IsFolder()) AddFileToList(files.GetPath(), false, false);
     }
@@ -464,7 +459,7 @@ void MainDialog::CmAddFiles() {
     LFileRequest request;
     request.title = "Locate Audio File(s)";
     request.folder = LUserSettingGetString("Settings", "LoadFromFolder");
-    request.filters = {{"Audio Files", {"*.wav", "*.mp3"}}};
+    request.filters = {LAudioFilesFilter()};
     const std::vector<std::string> paths = UserInteraction().ChooseOpenFiles(request, true);
     if (paths.empty()) return;
     LUserSettingSetString("Settings", "LoadFromFolder", FolderOf(paths.front()).c_str());

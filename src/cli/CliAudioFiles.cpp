@@ -1,6 +1,7 @@
 #include "cli/CliAudioFiles.h"
 
 #include "codecs/AudioFileSource.h"
+#include "codecs/AudioFileTypes.h"
 
 #include <strings.h>
 
@@ -9,7 +10,8 @@ LSoundSource CliOpenAudioSource(const std::string& path) {
 }
 
 bool CliIsMP3File(const std::string& path) {
-    return CliHasExtension(path, ".mp3");
+    const LAudioFileType* type = LFindAudioFileType(path.c_str());
+    return type && type->tags == LAudioTagKind::id3;
 }
 
 bool CliHasExtension(const std::string& path, const char* extension) {

@@ -135,7 +135,7 @@ int CliCapture(const CliArgs& args) {
     }
 
     LSoundSink sink = LWaveFile::OpenSinkPCM(options.path.c_str(), kSampleRate, kChannels, 16, 0);
-    if (sink->GetError() & 1) {
+    if (sink->IsFailed()) {
         std::fprintf(stderr, "vinora-cli capture: %s: the file cannot be written\n",
                      options.path.c_str());
         return 2;

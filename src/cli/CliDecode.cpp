@@ -78,7 +78,7 @@ int CliDecode(const CliArgs& args) {
     job.sink = CliHasExtension(options.out, ".aif") || CliHasExtension(options.out, ".aiff")
                    ? LAifFile::OpenSinkPCM16(options.out.c_str(), rate, channels)
                    : LWaveFile::OpenSinkPCM(options.out.c_str(), rate, channels, 16, 0);
-    if (job.sink->GetError() & 1) {
+    if (job.sink->IsFailed()) {
         std::fprintf(stderr, "vinora-cli decode: %s: the file could not be written\n",
                      options.out.c_str());
         return 2;

@@ -1,5 +1,7 @@
 #include "cli/Commands.h"
 
+#include "codecs/AudioFileTypes.h"
+
 #include "platform/Paths.h"
 #include "tags/AudioTagData.h"
 #include "tags/TagLock.h"
@@ -61,9 +63,7 @@ std::string Unescape(const std::string& value) {
 }
 
 bool IsTaggedFileType(const std::string& path) {
-    char extension[kPathBufferSize];
-    _GetFileExtensionFromPath(extension, path.c_str());
-    return strcasecmp(extension, ".mp3") == 0 || strcasecmp(extension, ".wav") == 0;
+    return LFindAudioFileType(path.c_str()) != nullptr;
 }
 
 bool IsRegularFile(const std::string& path) {

@@ -1,15 +1,12 @@
 #include "codecs/AudioFileSource.h"
 
-#include "codecs/MP3File.h"
+#include "codecs/AudioFileTypes.h"
 #include "codecs/WaveFile.h"
 
-#include <cstring>
-#include <strings.h>
 
 LSoundSource LOpenAudioFileSource(const char* path) {
-    const size_t length = std::strlen(path);
-    if (length > 4 && strcasecmp(path + length - 4, ".mp3") == 0) return LMP3File::OpenSource(path);
-    return LWaveFile::OpenSource(path);
+    const LAudioFileType* type = LFindAudioFileType(path);
+    return type ? type->openSource(path) : LWaveFile::OpenSource(path);
 }
 
 const char* LSoundErrorText(uint8_t error) {

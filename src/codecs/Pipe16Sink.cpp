@@ -23,12 +23,12 @@ LPipe16Sink::~LPipe16Sink() {
     // -1: killed by a signal.
     const int status = pipe_.Close();
     if (status != 0) LOGERROR("The encoder ended with exit status %d", status);
-    if ((status != 0 || (error_ & 1) != 0) && !outputPath_.empty()) unlink(outputPath_.c_str());
+    if ((status != 0 || IsFailed()) && !outputPath_.empty()) unlink(outputPath_.c_str());
 }
 
 void LPipe16Sink::Write(const int* buffer, int frames) {
     position_ += frames;
-    while (frames > 0 && (error_ & 1) == 0) {
+    while (frames > 0 && !IsFailed()) {
         const int block = std::min(frames, kBufferFrames);
         const int values = block * channels_;
         ConvertSamplesOut<LSFBE16>(buffer_.data(), buffer, values);

@@ -9,7 +9,7 @@ LRawFileDataSoundSinkBase::LRawFileDataSoundSinkBase(const char* path, int sampl
     : LSoundSinkBase(sampleRate, channels), bytesPerSample_(bytesPerSample),
       bytesPerFrame_(static_cast<uint32_t>(channels_ * bytesPerSample)), header_(header),
       convert_(convert) {
-    if (error_ & 1) return;
+    if (IsFailed()) return;
     file_ = OpenSharedReadWrite(path);
     if (!file_.IsOpen()) {
         error_ |= 1;
@@ -37,7 +37,7 @@ size_t LRawFileDataSoundSinkBase::WriteHeader(bool final) const {
 }
 
 void LRawFileDataSoundSinkBase::Write(const int* buffer, int frames) {
-    if (!file_.IsOpen() || (error_ & 1)) return;
+    if (!file_.IsOpen() || IsFailed()) return;
     position_ += frames;
     while (frames > 0) {
         const int block = std::min(frames, kBlockFrames);

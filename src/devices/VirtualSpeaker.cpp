@@ -28,7 +28,7 @@ std::unique_ptr<LSoundOutputStream> LVirtualSpeaker::Open(int sampleRate, int ch
     if (!setting.path.empty()) {
         sink = LWaveFile::OpenSinkPCM(setting.path.c_str(), sampleRate,
                                       static_cast<unsigned char>(channels), 16, 0);
-        if (sink->GetError() & 1) {
+        if (sink->IsFailed()) {
             error = "The Virtual Speaker cannot write \"" + setting.path + "\".";
             return nullptr;
         }

@@ -117,7 +117,7 @@ void LRecordingPage::RecordStart(bool resume) {
         GetNewRecordingFileName(name, host_.OutputFolder().c_str());
         name_ = name;
         sink_ = LWaveFile::OpenSinkPCM(tempPath_, kSampleRate, kChannels, 16, 0);
-        if (!tempPath_[0] || (sink_->GetError() & 1)) {
+        if (!tempPath_[0] || sink_->IsFailed()) {
             char text[600];
             std::snprintf(text, sizeof text,
                           "%s cannot open the file \"%s\" for recording.\r\n\r\nPlease check you "

@@ -48,7 +48,7 @@ bool LSoundRecLLQT::Open(LSoundSink& sink) {
     LSoundSink converted = sink;
     LSinkConvertRateChannels(stream->GetSampleRate(),
                              static_cast<unsigned char>(stream->GetChannels()), converted);
-    if (converted->GetError() & 1) {
+    if (converted->IsFailed()) {
         error_ = "the sound input's format cannot be converted to the recording's";
         return false;
     }

@@ -116,7 +116,7 @@ bool LSoundRecorderTemplate<LowLevel>::Start(LSoundSink& sink, LSoundTime maxLen
                                              LDB startThreshold, LSoundTime silenceTime,
                                              unsigned short flags) {
     Stop();
-    if (sink->GetError() & 1) return false;
+    if (sink->IsFailed()) return false;
     sink_ = sink;
     levels_.count = sink_->GetChannels();
     maxLength_ = maxLength;

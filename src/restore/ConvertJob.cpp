@@ -1,10 +1,8 @@
 #include "restore/ConvertJob.h"
 
 #include "codecs/AudioFileSource.h"
-#include "codecs/Mp3EncodeSettings.h"
-#include "codecs/Mp3EncodeSink.h"
+#include "codecs/AudioFileTypes.h"
 #include "codecs/WaveFile.h"
-#include "codecs/WaveFileFormat.h"
 #include "jobs/UserInteraction.h"
 #include "platform/FileOps.h"
 #include "platform/Folders.h"
@@ -40,25 +38,11 @@ bool SameText(const char* a, const char* b) {
     return strcasecmp(a, b) == 0;
 }
 
-// A wave sink in the user's saved format when `useSavedFormat`, else 16-bit PCM at the
-// source's rate and channels. The saved format is first stored when there is none yet.
-LSoundSink OpenWaveSink(const char* path, const LSoundSource& source, bool useSavedFormat) {
-    LWaveFileFormat format(source->GetSampleRate(), source->GetChannels());
-    char formatPath[kPathBufferSize];
-    if (LWaveFileFormat::GetWavCodecFilePath(formatPath)) {
-        if (!Exists(formatPath)) format.SaveToWavCodecFile(formatPath);
-        if (useSavedFormat) format.LoadFromWavCodecFile(formatPath);
-    }
-    return LWaveFile::OpenSink(path, format);
-}
-
 LSoundSink OpenSinkByExtension(const char* path, const char* extension, const LSoundSource& source,
                                bool useSavedFormat) {
-    if (SameText(extension, ".mp3"))
-        return OpenMp3Sink(path, LMp3EncodeSettings(), source->GetSampleRate(),
-                           source->GetChannels());
-    if (SameText(extension, ".wav")) return OpenWaveSink(path, source, useSavedFormat);
-    return LSoundSink();
+    const LAudioFileType* type = LFindAudioFileType(extension);
+    if (!type) return LSoundSink();
+    return type->openSink(path, source->GetSampleRate(), source->GetChannels(), useSavedFormat);
 }
 
 // Copies `file` into `folder` (created when missing) under its own name, or "name - n" with
@@ -91,7 +75,7 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
     const bool haveTags = tags.ReadTags(job.sourcePath, tagModeAll);
     ConvertNotify().SetStatusText("Converting...");
 
-    if (sink->GetError() & 1) {
+    if (sink->IsFailed()) {
         progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
         LOGERROR("File conversion FAILED: could not create sink file");
         return PROCESS_FAILED;
@@ -106,7 +90,7 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
         result = Process(progress, pump);
     }
     // A sink that could not take everything (a full disk) did not write a whole file.
-    if (result == PROCESS_DONE && (sink->GetError() & 1)) {
+    if (result == PROCESS_DONE && sink->IsFailed()) {
         progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
         result = PROCESS_FAILED;
     }

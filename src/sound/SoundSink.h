@@ -22,6 +22,8 @@ public:
     unsigned char GetChannels() const { return channels_; }
     // Bit 0 set: the sink cannot take audio.
     uint8_t GetError() const { return error_; }
+    // Whether the sink cannot take audio (it failed to open, or a write failed).
+    bool IsFailed() const { return (error_ & 1) != 0; }
 
 protected:
     int position_ = 0;

@@ -22,7 +22,7 @@ LProcessResult Process(LProcessInterface& progress, LPRSourceToSink& job)
 
     LSoundSource source = job.source;
     LSoundSink sink = job.sink;
-    if (source->GetError() != sndErrNone || (sink->GetError() & 1) != 0)
+    if (source->GetError() != sndErrNone || sink->IsFailed())
         return PROCESS_FAILED;
 
     const int rate = sink->GetSampleRate();

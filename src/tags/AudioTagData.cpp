@@ -1,5 +1,6 @@
 #include "tags/AudioTagData.h"
 
+#include "codecs/AudioFileTypes.h"
 #include "platform/File.h"
 #include "platform/Paths.h"
 #include "tags/MP3TagFile.h"
@@ -17,11 +18,9 @@ namespace {
 enum class TagFileKind { other, mp3, wave };
 
 TagFileKind GetTagFileKind(const char* path) {
-    char extension[kPathBufferSize];
-    _GetFileExtensionFromPath(extension, path);
-    if (strcasecmp(extension, ".mp3") == 0) return TagFileKind::mp3;
-    if (strcasecmp(extension, ".wav") == 0) return TagFileKind::wave;
-    return TagFileKind::other;
+    const LAudioFileType* type = LFindAudioFileType(path);
+    if (!type) return TagFileKind::other;
+    return type->tags == LAudioTagKind::id3 ? TagFileKind::mp3 : TagFileKind::wave;
 }
 
 } // namespace
