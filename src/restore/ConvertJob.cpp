@@ -40,7 +40,8 @@ bool SameText(const char* a, const char* b) {
 
 LSoundSink OpenSinkByExtension(const char* path, const char* extension, const LSoundSource& source,
                                bool useSavedFormat) {
-    const LAudioFileType* type = LFindAudioFileType(extension);
+    // The request names the output's type by its extension alone.
+    const LAudioFileType* type = LFindAudioFileType((std::string("output") + extension).c_str());
     if (!type) return LSoundSink();
     return type->openSink(path, source->GetSampleRate(), source->GetChannels(), useSavedFormat);
 }
