@@ -21,10 +21,9 @@ int CliConvert(const CliArgs& args) {
     LProcessConvert request;
     CliRestoreSteps steps;
     if (!CliParseConvertRequest(args, kUsage, request, &steps)) return 2;
-    LUserSettingOverride override;
-    steps.Apply(override);
     CliJobProgress progress;
-    const LProcessResult result = Process(progress, request);
+    const LProcessResult result =
+        steps.given ? Process(progress, request, steps.choices) : Process(progress, request);
     if (result == PROCESS_FAILED)
         std::fprintf(stderr, "vinora-cli convert: %s: the conversion failed (see the log)\n",
                      request.sourcePath);

@@ -9,16 +9,15 @@
 
 namespace {
 
-constexpr const char* kRestoreSection = "AudioRestoration";
-
-// The on/off steps: option and setting.
+// The on/off steps: option and choice.
 struct StepOption {
     const char* option;
-    const char* key;
+    bool LRestoreChoices::*step;
 };
 constexpr StepOption kStepOptions[] = {
-    {"--dc", "DCOffset"},       {"--hpf", "HPF"},           {"--clickpop", "ClickPop"},
-    {"--noise", "NoiseReduce"}, {"--riaa", "Equalization"}, {"--normalize", "Normalization"},
+    {"--dc", &LRestoreChoices::dcOffset},         {"--hpf", &LRestoreChoices::highPass},
+    {"--clickpop", &LRestoreChoices::clickPop},   {"--noise", &LRestoreChoices::noiseReduce},
+    {"--riaa", &LRestoreChoices::equalization},   {"--normalize", &LRestoreChoices::normalization},
 };
 
 bool CopyField(char (&field)[260], const std::string& text) {
@@ -34,13 +33,13 @@ bool TakeStepOption(const CliArgs& args, size_t& i, CliRestoreSteps& steps) {
         if (i + 1 >= args.size()) return false;
         const std::string& value = args[++i];
         if (value != "0" && value != "1" && value != "2") return false;
-        steps.speed = value[0] - '0';
+        steps.choices.recordSpeed = value[0] - '0';
         steps.given = true;
         return true;
     }
     for (const StepOption& step : kStepOptions) {
         if (args[i] != step.option) continue;
-        steps.keys.emplace_back(step.key);
+        steps.choices.*step.step = true;
         steps.given = true;
         return true;
     }
@@ -48,15 +47,6 @@ bool TakeStepOption(const CliArgs& args, size_t& i, CliRestoreSteps& steps) {
 }
 
 } // namespace
-
-void CliRestoreSteps::Apply(LUserSettingOverride& override) const {
-    if (!given) return;
-    for (const StepOption& step : kStepOptions) {
-        const bool on = std::find(keys.begin(), keys.end(), step.key) != keys.end();
-        override.Set(kRestoreSection, step.key, on ? "1" : "0");
-    }
-    override.Set("RecordingSource", "RecordingSpeed", std::to_string(speed).c_str());
-}
 
 bool CliParseConvertRequest(const CliArgs& args, const char* usage, LProcessConvert& request,
                             CliRestoreSteps* steps) {

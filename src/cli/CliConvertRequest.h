@@ -1,7 +1,6 @@
 #pragma once
 
 #include "cli/Commands.h"
-#include "platform/Settings.h"
 #include "restore/ConvertJob.h"
 
 #include <string>
@@ -11,12 +10,7 @@
 // instead of the ones chosen in the settings.
 struct CliRestoreSteps {
     bool given = false;
-    std::vector<std::string> keys; // "AudioRestoration" keys of the steps turned on
-    int speed = 0;                 // "RecordingSpeed": 0 none, 1 45 to 33 RPM, 2 78 to 45 RPM
-
-    // Makes this process's conversions use these steps while `override` lives (nothing when
-    // no step was given).
-    void Apply(LUserSettingOverride& override) const;
+    LRestoreChoices choices;
 };
 
 // Fills a conversion request from "SRC DEST [--restore] [--copy-to DIR]": DEST names the output

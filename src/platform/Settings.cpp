@@ -11,9 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <map>
-#include <mutex>
-#include <ranges>
 #include <string>
 #include <vector>
 
@@ -29,18 +26,6 @@ std::string StoredNameText(const char* section, const char* key) {
 
 QString StoredName(const char* section, const char* key) {
     return QString::fromStdString(StoredNameText(section, key));
-}
-
-// The values LUserSettingOverride objects give, by stored name.
-std::mutex gOverrideMutex;
-std::map<std::string, std::string> gOverrides;
-
-bool FindOverride(const std::string& name, std::string& value) {
-    std::lock_guard guard(gOverrideMutex);
-    const auto found = gOverrides.find(name);
-    if (found == gOverrides.end()) return false;
-    value = found->second;
-    return true;
 }
 
 // Reads one setting from an INI file into `value`; false when it is not there.
@@ -95,11 +80,7 @@ std::string GetUserSettingsFilePath() {
 
 bool _LUserSettingGetString(const char* section, const char* key, const char* defaultValue,
                             char* out) {
-    std::string value;
-    if (!FindOverride(StoredNameText(section, key), value))
-        return GetString(GetUserSettingsFilePath(), section, key, defaultValue, out);
-    CopyValue(out, value);
-    return true;
+    return GetString(GetUserSettingsFilePath(), section, key, defaultValue, out);
 }
 
 bool _LSharedSettingGetString(const char* section, const char* key, const char* defaultValue,
@@ -151,23 +132,4 @@ template <> bool LUserSettingSet<int>(const char* section, const char* key, int 
 
 template <> bool LUserSettingSet<bool>(const char* section, const char* key, bool value) {
     return LUserSettingSetString(section, key, value ? "1" : "0");
-}
-
-void LUserSettingOverride::Set(const char* section, const char* key, const char* value) {
-    const std::string name = StoredNameText(section, key);
-    std::lock_guard guard(gOverrideMutex);
-    const auto found = gOverrides.find(name);
-    replaced_.emplace_back(
-        name, found == gOverrides.end() ? std::nullopt : std::optional<std::string>(found->second));
-    gOverrides[name] = value;
-}
-
-LUserSettingOverride::~LUserSettingOverride() {
-    std::lock_guard guard(gOverrideMutex);
-    for (const auto& [name, previous] : std::views::reverse(replaced_)) {
-        if (previous)
-            gOverrides[name] = *previous;
-        else
-            gOverrides.erase(name);
-    }
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,22 +48,3 @@ template <> bool LUserSettingSet<bool>(const char* section, const char* key, boo
 
 // The settings file of the current user, as the environment names it now.
 std::string GetUserSettingsFilePath();
-
-// Makes this process read given values for some user settings while the object lives, as if
-// they were stored, for options that stand in for settings during one run. The store is not
-// changed: writes still go to it, and other processes see the stored values. Typed values are
-// given as text the way they are stored ("1", "0", "2"). Overriding a setting that is already
-// overridden takes its place until the later object ends.
-class LUserSettingOverride {
-public:
-    LUserSettingOverride() = default;
-    ~LUserSettingOverride();
-    LUserSettingOverride(const LUserSettingOverride&) = delete;
-    LUserSettingOverride& operator=(const LUserSettingOverride&) = delete;
-
-    void Set(const char* section, const char* key, const char* value);
-
-private:
-    // Each overridden name with the override it replaced, if any.
-    std::vector<std::pair<std::string, std::optional<std::string>>> replaced_;
-};

@@ -142,7 +142,8 @@ bool FinishOutput(LProcessConvert& job, const char* writePath) {
     return true;
 }
 
-LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job, bool& inPlace) {
+LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job,
+                       const LRestoreChoices* choices, bool& inPlace) {
     if (!CreateFolderTree(job.outputFolder)) {
         UserInteraction().ShowError("ERROR: Unable to create folder.");
         return PROCESS_FAILED;
@@ -170,9 +171,10 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job, bool& 
         return PROCESS_FAILED;
     }
 
-    if (job.restore && IsAudioRestoreWanted()) {
+    if (job.restore && (choices ? choices->Any() : LRestoreChoices::IsWantedBySettings())) {
         LOG("Applying Audio Restoration");
-        if (ProcessAudioRestore(progress, source) != PROCESS_DONE)
+        if (ProcessAudioRestore(progress, source,
+                                choices ? *choices : LRestoreChoices::FromSettings()) != PROCESS_DONE)
             LOGERROR("Audio Restoration FAILED: one or more Restoration Tools did not work");
     }
 
@@ -192,12 +194,26 @@ void LGetPartialOutputPath(char* out, const char* destination) {
     _MakeFilePath(out, folder, hidden.c_str(), ext);
 }
 
-LProcessResult Process(LProcessInterface& progress, LProcessConvert& job) {
+namespace {
+
+LProcessResult Run(LProcessInterface& progress, LProcessConvert& job,
+                   const LRestoreChoices* choices) {
     bool inPlace = false;
-    const LProcessResult result = Convert(progress, job, inPlace);
+    const LProcessResult result = Convert(progress, job, choices, inPlace);
     ConvertNotify().SetStatusText("");
     // A source that was moved or replaced is gone already.
     if (result == PROCESS_DONE && job.deleteSource && !inPlace && job.convert)
         unlink(job.sourcePath);
     return result;
+}
+
+} // namespace
+
+LProcessResult Process(LProcessInterface& progress, LProcessConvert& job) {
+    return Run(progress, job, nullptr);
+}
+
+LProcessResult Process(LProcessInterface& progress, LProcessConvert& job,
+                       const LRestoreChoices& choices) {
+    return Run(progress, job, &choices);
 }

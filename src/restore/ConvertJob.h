@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jobs/ProcessInterface.h"
+#include "restore/RestoreChoices.h"
 
 #include <cstdint>
 
@@ -32,6 +33,9 @@ static_assert(sizeof(LProcessConvert) == 1825);
 // output is left (a run killed midway leaves only the hidden file, which the next run of the
 // request writes again).
 LProcessResult Process(LProcessInterface& progress, LProcessConvert& job);
+// The same with the restoration chosen by the caller instead of the stored one.
+LProcessResult Process(LProcessInterface& progress, LProcessConvert& job,
+                       const LRestoreChoices& choices);
 
 // Where the output for `destination` is written until it is complete: ".NAME.partial.EXT"
 // beside it (hidden, so never listed as a recording). `out` takes 260 bytes.

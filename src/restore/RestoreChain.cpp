@@ -1,6 +1,5 @@
 #include "restore/RestoreChain.h"
 
-#include "platform/Settings.h"
 #include "restore/ClickPop.h"
 #include "restore/ConvertNotify.h"
 #include "restore/DCOffset.h"
@@ -12,22 +11,14 @@
 
 namespace {
 
-constexpr const char* kSection = "AudioRestoration";
 constexpr int kLowCutHz = 150;
 constexpr int kNoiseLevelDB = -36;
 constexpr int kNormalizePercent = 80;
 
-bool Enabled(const char* key, bool defaultValue) {
-    return LUserSettingGet<bool>(kSection, key, defaultValue);
-}
-
-int RecordingSpeed() {
-    return LUserSettingGet<int>("RecordingSource", "RecordingSpeed", 0);
-}
-
 } // namespace
 
-LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& source) {
+LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& source,
+                                   const LRestoreChoices& choices) {
     if (source->GetError() != sndErrNone) return PROCESS_FAILED;
 
     // One step: show its name, run it, and stop the chain when it does not succeed.
@@ -38,30 +29,22 @@ LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& so
         result = run();
     };
 
-    if (Enabled("DCOffset", false))
+    if (choices.dcOffset)
         step("DC Offset...", [&] { return ProcessDCOffset(progress, source); });
-    if (Enabled("HPF", false))
+    if (choices.highPass)
         step("HPF...", [&] { return ProcessLowCutFilter(progress, source, kLowCutHz); });
-    const int speed = RecordingSpeed();
-    if (speed == 1)
+    if (choices.recordSpeed == 1)
         step("33RPM Convert...", [&] { return ProcessConvert45To33RPM(progress, source); });
-    else if (speed == 2)
+    else if (choices.recordSpeed == 2)
         step("78RPM Convert...", [&] { return ProcessConvert78To45RPM(progress, source); });
-    if (Enabled("ClickPop", false))
+    if (choices.clickPop)
         step("Click Pop...", [&] { return ProcessClickPop(progress, source); });
-    if (Enabled("NoiseReduce", false))
+    if (choices.noiseReduce)
         step("Noise Reduce...",
              [&] { return ProcessNoiseReduction(progress, source, kNoiseLevelDB); });
-    if (Enabled("Equalization", false))
+    if (choices.equalization)
         step("Equalize...", [&] { return ProcessRIAAEqCalculate(progress, source); });
-    if (Enabled("Normalization", false))
+    if (choices.normalization)
         step("Normalize...", [&] { return ProcessNormalize(progress, source, kNormalizePercent); });
     return result;
-}
-
-bool IsAudioRestoreWanted() {
-    for (const char* key :
-         {"DCOffset", "HPF", "Equalization", "ClickPop", "NoiseReduce", "Normalization"})
-        if (Enabled(key, true)) return true;
-    return RecordingSpeed() != 0;
 }

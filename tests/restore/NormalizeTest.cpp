@@ -81,7 +81,7 @@ public:
     void NotifyProgress(double) override {}
 };
 
-TEST(RestoreChain, RunsTheEnabledStepsInOrder) {
+TEST(RestoreChain, RunsTheChosenStepsInOrderAndReadsTheChoicesFromTheSettings) {
     TempHome home;
     RecordingNotify notify;
     SetConvertNotify(&notify);
@@ -89,16 +89,17 @@ TEST(RestoreChain, RunsTheEnabledStepsInOrder) {
 
     LSoundSource source = MakeBufferSource(Block(4000, 1000), 44100, 2);
     LSoundSource original = source;
-    EXPECT_EQ(ProcessAudioRestore(progress, source), PROCESS_DONE);
+    EXPECT_EQ(ProcessAudioRestore(progress, source, LRestoreChoices::FromSettings()), PROCESS_DONE);
     EXPECT_EQ(source.Get(), original.Get());
     EXPECT_TRUE(notify.texts.empty());
     // Unstored flags count as on when deciding whether to restore at all.
-    EXPECT_TRUE(IsAudioRestoreWanted());
+    EXPECT_TRUE(LRestoreChoices::IsWantedBySettings());
 
     for (const char* key : {"Normalization", "DCOffset", "HPF"})
         LUserSettingSet<bool>("AudioRestoration", key, true);
     LUserSettingSet<int>("RecordingSource", "RecordingSpeed", 2);
-    EXPECT_EQ(ProcessAudioRestore(progress, source), PROCESS_DONE);
+    const LRestoreChoices stored = LRestoreChoices::FromSettings();
+    EXPECT_EQ(ProcessAudioRestore(progress, source, stored), PROCESS_DONE);
     EXPECT_EQ(notify.texts, (std::vector<std::string>{"DC Offset...", "HPF...", "78RPM Convert...",
                                                       "Normalize..."}));
     EXPECT_NE(source.Get(), original.Get());
@@ -106,12 +107,13 @@ TEST(RestoreChain, RunsTheEnabledStepsInOrder) {
     for (const char* key :
          {"DCOffset", "HPF", "Equalization", "ClickPop", "NoiseReduce", "Normalization"})
         LUserSettingSet<bool>("AudioRestoration", key, false);
-    EXPECT_TRUE(IsAudioRestoreWanted());
+    EXPECT_TRUE(LRestoreChoices::IsWantedBySettings());
     LUserSettingSet<int>("RecordingSource", "RecordingSpeed", 0);
-    EXPECT_FALSE(IsAudioRestoreWanted());
+    EXPECT_FALSE(LRestoreChoices::IsWantedBySettings());
+    EXPECT_FALSE(LRestoreChoices::FromSettings().Any());
 
     LSoundSource broken;
-    EXPECT_EQ(ProcessAudioRestore(progress, broken), PROCESS_FAILED);
+    EXPECT_EQ(ProcessAudioRestore(progress, broken, stored), PROCESS_FAILED);
     SetConvertNotify(nullptr);
 }
 
