@@ -1,6 +1,5 @@
 #include "platform/AtomicFile.h"
 
-#include "platform/Paths.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,10 +10,10 @@
 #include <vector>
 
 LAtomicFile::LAtomicFile(const std::string& target) : target_(target) {
-    char folder[kPathBufferSize], name[kPathBufferSize];
-    _GetFolderFromPath(folder, target.c_str());
-    _GetFileFromPath(name, target.c_str());
-    std::string pattern = std::string(folder[0] ? folder : ".") + "/." + name + ".XXXXXX";
+    // The temporary goes into the target's folder: its name gets a dot in front.
+    const std::size_t slash = target.find_last_of("/\\");
+    const std::size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
+    std::string pattern = target.substr(0, nameStart) + "." + target.substr(nameStart) + ".XXXXXX";
     std::vector<char> path(pattern.begin(), pattern.end());
     path.push_back('\0');
     const int fd = mkostemp(path.data(), O_CLOEXEC);

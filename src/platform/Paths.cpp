@@ -61,19 +61,15 @@ void _GetFileNameFromPath(char* out, const char* path) {
 
 void _GetFileExtensionFromPath(char* out, const char* path) {
     const std::string_view text(path);
-    const std::size_t dot = ExtensionStart(text);
-    CopyPath(out, dot == std::string_view::npos ? std::string_view() : text.substr(dot));
+    const std::size_t dot = text.rfind('.');
+    const bool has = dot != std::string_view::npos && dot != 0 && dot >= FileStart(text);
+    CopyPath(out, has ? text.substr(dot) : std::string_view());
 }
 
 void _GetFolderFromPath(char* out, const char* path) {
     const std::string_view text(path);
     const std::size_t start = FileStart(text);
-    if (start == 0)
-        CopyPath(out, {});
-    else if (start == 1)
-        CopyPath(out, text.substr(0, 1)); // the root keeps its separator
-    else
-        CopyPath(out, text.substr(0, start - 1));
+    CopyPath(out, start == 0 ? std::string_view() : text.substr(0, start - 1));
 }
 
 bool PreprocessName(const char* in, char* out) {

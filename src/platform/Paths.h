@@ -17,9 +17,10 @@ void _MakeFilePath(char* out, const char* folder, const char* name, const char* 
 void _GetFileFromPath(char* out, const char* path);
 // "/a/b.tar.gz" -> "b.tar"; a name that starts with its only dot stays whole (".profile").
 void _GetFileNameFromPath(char* out, const char* path);
-// "/a/b.tar.gz" -> ".gz"; empty when the file name has no dot after its first character.
+// "/a/b.tar.gz" -> ".gz", "/x/.hidden" -> ".hidden": from the last dot of the file name; empty
+// when there is none, or when the dot is the path's first character.
 void _GetFileExtensionFromPath(char* out, const char* path);
-// "/a/b.wav" -> "/a"; "/b.wav" -> "/"; "b.wav" -> "".
+// "/a/b.wav" -> "/a"; "/b.wav" -> ""; "b.wav" -> "": the part before the last separator.
 void _GetFolderFromPath(char* out, const char* path);
 
 // Copies a name that the user typed without control characters and without the characters

@@ -15,7 +15,8 @@ TEST(AudioFileTypes, FileNamesFindTheirTypeByExtension) {
         {"track.mp3", LNameMatch::exact, ".mp3"},
         {"/a.b/track.Mp3", LNameMatch::anyCase, ".mp3"},
         {"/music/notes.txt", LNameMatch::anyCase, nullptr},
-        {"/music/.wav", LNameMatch::anyCase, nullptr},
+        {"/music/.wav", LNameMatch::anyCase, ".wav"},
+        {".wav", LNameMatch::anyCase, nullptr},
         {"/music/wav", LNameMatch::anyCase, nullptr},
     };
     for (const auto& c : cases) {

@@ -39,3 +39,32 @@ TEST(Paths, PreprocessNameDropsWhatCannotStandInAFileName) {
     EXPECT_TRUE(PreprocessName(std::string(400, 'n').c_str(), out));
     EXPECT_EQ(std::string(out).size(), kPathBufferSize - 1);
 }
+
+TEST(Paths, TakingPathsApart) {
+    const struct {
+        const char* path;
+        const char* folder;
+        const char* file;
+        const char* name;
+        const char* extension;
+    } cases[] = {
+        {"/a/b.tar.gz", "/a", "b.tar.gz", "b.tar", ".gz"},
+        {"/b.wav", "", "b.wav", "b", ".wav"},
+        {"b.wav", "", "b.wav", "b", ".wav"},
+        {"/x/.hidden", "/x", ".hidden", ".hidden", ".hidden"},
+        {".profile", "", ".profile", ".profile", ""},
+        {"/x.y/z", "/x.y", "z", "z", ""},
+        {"C:\\music\\side.WAV", "C:\\music", "side.WAV", "side", ".WAV"},
+    };
+    for (const auto& c : cases) {
+        char out[kPathBufferSize];
+        _GetFolderFromPath(out, c.path);
+        EXPECT_STREQ(out, c.folder) << c.path;
+        _GetFileFromPath(out, c.path);
+        EXPECT_STREQ(out, c.file) << c.path;
+        _GetFileNameFromPath(out, c.path);
+        EXPECT_STREQ(out, c.name) << c.path;
+        _GetFileExtensionFromPath(out, c.path);
+        EXPECT_STREQ(out, c.extension) << c.path;
+    }
+}
