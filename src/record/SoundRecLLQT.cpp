@@ -1,6 +1,7 @@
 #include "record/SoundRecLLQT.h"
 
 #include "devices/SoundDevices.h"
+#include "platform/Log.h"
 #include "sound/ConvertRateChannels.h"
 
 #include <algorithm>
@@ -85,12 +86,19 @@ void LSoundRecLLQT::Completion(void* user, int16_t* buffer) {
     LSoundRecLLQT& self = *static_cast<LSoundRecLLQT*>(user);
     if (self.stopping_.exchange(false)) return;
     const bool ended = self.stream_->HasEnded();
+    // Re-arming a buffer the reader has not taken yet means the reader fell a whole buffer
+    // behind: that audio is lost (counted, and logged by the reader) rather than read later
+    // out of order.
     if (buffer == self.bufferA_.data()) {
         self.endedA_ = ended;
+        self.sequenceA_ = ++self.sequence_;
+        if (self.readyB_.exchange(false)) ++self.overruns_;
         self.stream_->Record(self.bufferB_.data(), self.GetSamples(), Completion, user);
         self.readyA_ = true;
     } else {
         self.endedB_ = ended;
+        self.sequenceB_ = ++self.sequence_;
+        if (self.readyA_.exchange(false)) ++self.overruns_;
         self.stream_->Record(self.bufferA_.data(), self.GetSamples(), Completion, user);
         self.readyB_ = true;
     }
@@ -107,7 +115,11 @@ bool LSoundRecLLQT::WaitForDataAndRead(LThread& thread, int* out) {
     for (;;) {
         if (thread.IsToStop()) return false;
         dataReady_.Reset();
-        if (readyA_) {
+        if (const int lost = overruns_.exchange(0))
+            LOGWARN("The recording fell behind the sound input: %d buffer(s) of audio were lost",
+                    lost);
+        // The older of two full buffers first.
+        if (readyA_ && (!readyB_ || sequenceA_ < sequenceB_)) {
             readyA_ = false;
             Convert(bufferA_, endedA_, out);
             return true;

@@ -83,6 +83,12 @@ private:
     // Whether the input had ended when each buffer completed.
     std::atomic<bool> endedA_ = false;
     std::atomic<bool> endedB_ = false;
+    // Completions counted, the count at each buffer's completion, and buffers overwritten
+    // unread since the reader last looked.
+    std::atomic<uint32_t> sequence_ = 0;
+    std::atomic<uint32_t> sequenceA_ = 0;
+    std::atomic<uint32_t> sequenceB_ = 0;
+    std::atomic<int> overruns_ = 0;
     LDB volume_ = 0;
     std::atomic<bool> stopping_ = false;
     bool ended_ = false;

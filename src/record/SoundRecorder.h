@@ -69,8 +69,10 @@ protected:
     void ThreadFunction() override;
 
 private:
+    // The recording's length, from the sink the owner gave (the device's audio may reach it
+    // through a format converter, whose own count starts at the converter).
     LSoundTime SinkLength() const {
-        return LSoundTime::FromSamples(sink_->GetPosition(), sink_->GetSampleRate());
+        return LSoundTime::FromSamples(target_->GetPosition(), target_->GetSampleRate());
     }
     // The level of each sink channel over `frames` frames of a device buffer, and their mono
     // level.
@@ -86,7 +88,8 @@ private:
     LSoundRecorderNotify* notify_;
     long user_;
     std::atomic<int> state_ = 0;
-    LSoundSink sink_;
+    LSoundSink sink_;   // what the worker writes into: the owner's sink or a converter to it
+    LSoundSink target_; // the owner's sink
     std::atomic<int32_t> lastLoud_ = 0;
     LSignalObject started_;
     LSignalObject go_;
@@ -118,6 +121,7 @@ bool LSoundRecorderTemplate<LowLevel>::Start(LSoundSink& sink, LSoundTime maxLen
     Stop();
     if (sink->IsFailed()) return false;
     sink_ = sink;
+    target_ = sink;
     levels_.count = sink_->GetChannels();
     maxLength_ = maxLength;
     startThreshold_ = startThreshold;
@@ -140,6 +144,7 @@ bool LSoundRecorderTemplate<LowLevel>::Start(LSoundSink& sink, LSoundTime maxLen
     if (!started_.WaitSignal(kStartWaitMs) || state_ == 0) {
         StopThreadNow();
         sink_.Close();
+        target_.Close();
         lastLoud_ = 0;
         state_ = 0;
         return false;
@@ -152,9 +157,11 @@ bool LSoundRecorderTemplate<LowLevel>::Start(LSoundSink& sink, LSoundTime maxLen
 template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::Stop() {
     if (state_ == 0) return;
     StopThreadNow();
-    const int keep = LSoundTime(lastLoud_ + kStopTailMs).GetSamples(sink_->GetSampleRate());
-    if (sink_->GetPosition() > keep) sink_->Seek(keep);
+    // A converter hands on what it still holds before the end is cut.
     sink_.Close();
+    const int keep = LSoundTime(lastLoud_ + kStopTailMs).GetSamples(target_->GetSampleRate());
+    if (target_->GetPosition() > keep) target_->Seek(keep);
+    target_.Close();
     lastLoud_ = 0;
     state_ = 0;
     Notify(&LSoundRecorderNotify::srntfStop);
@@ -218,7 +225,7 @@ template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::Recording(LD
         lastLoud_ = length.GetMS();
     } else if (length.GetMS() - lastLoud_ > silenceTime_.GetMS()) {
         const int32_t resume = std::min(lastLoud_ + kPauseTailMs, length.GetMS());
-        sink_->Seek(LSoundTime(resume));
+        target_->Seek(LSoundTime(resume));
         state_ = 1;
         std::swap(cur_, prev_);
         prevValid_ = true;
