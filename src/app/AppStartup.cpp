@@ -28,6 +28,7 @@ bool IsTemporaryRecording(const char* path) {
 
 LAppStartup::LAppStartup(LMainThreadQueue& queue, LUserInteraction* interaction) {
     umask(0);
+    LLog::FixFolder(true);
     LMainThreadQueue::SetCurrent(&queue);
     SetUserInteraction(interaction);
     SetConvertNotify(&gMainNotify);
@@ -41,6 +42,7 @@ LAppStartup::~LAppStartup() {
     SetConvertNotify(nullptr);
     SetUserInteraction(nullptr);
     LMainThreadQueue::SetCurrent(nullptr);
+    LLog::FixFolder(false);
 }
 
 void LAppStartup::StartQueue(LMainNotifyTarget* target) {

@@ -10,7 +10,8 @@ class LMainThreadQueue;
 class LUserInteraction;
 
 // The program's start, for the desktop program and vinora-cli alike: the file-creation mask
-// is cleared (files get exactly the modes the code asks for), the main-thread queue and the
+// is cleared (files get exactly the modes the code asks for), the log folder is fixed, the
+// main-thread queue and the
 // user interaction are installed, the conversion job reports to gMainNotify, and the processing
 // queue is told what to do with the requests of a list it discards. Undone, with the queue
 // thread stopped, when the object goes.

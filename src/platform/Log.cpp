@@ -8,6 +8,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
+#include <string>
 
 namespace {
 
@@ -15,6 +17,10 @@ constexpr std::size_t kLineSize = 8192;
 constexpr uint32_t kAppendLockWaitMs = 500;
 
 std::atomic<LLog::Clock> gClock{nullptr};
+
+// The log folder fixed at the program's start; empty until then.
+std::mutex gFolderMutex;
+std::string gFolder;
 
 void LogFormatted(const char* format, va_list args) {
     char text[kLineSize];
@@ -66,7 +72,21 @@ void Log(const char* text) {
 }
 
 bool GetFolder(char* out) {
+    {
+        std::lock_guard guard(gFolderMutex);
+        if (!gFolder.empty()) {
+            std::snprintf(out, kPathBufferSize, "%s", gFolder.c_str());
+            return true;
+        }
+    }
     return GetApplicationSubFolder(out, "Logs");
+}
+
+void FixFolder(bool fixed) {
+    char folder[kPathBufferSize] = "";
+    if (fixed && !GetApplicationSubFolder(folder, "Logs")) folder[0] = '\0';
+    std::lock_guard guard(gFolderMutex);
+    gFolder = folder;
 }
 
 void SetClock(Clock clock) {

@@ -21,8 +21,11 @@ namespace LLog {
 void Log(const char* text);
 
 // The log folder (the application sub-folder "Logs", created when missing) into the 260-byte
-// `out`. It follows the current user's folders, looked up at each entry.
+// `out`: the one fixed at the program's start, else looked up from the user's folders now.
 bool GetFolder(char* out);
+// Fixes the log folder for the rest of the run (the program's start), or lets it follow the
+// user's folders again.
+void FixFolder(bool fixed);
 
 // The clock that dates entries; tests set their own to log on chosen days. nullptr restores
 // the system clock.

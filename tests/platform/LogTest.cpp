@@ -70,3 +70,19 @@ TEST_F(Log, EntriesGoToTheFileOfTheirDayAndLongLinesAreCut) {
     EXPECT_TRUE(LLog::GetFolder(logFolder));
     EXPECT_EQ(fs::path(logFolder), folder);
 }
+
+TEST(LogFolder, FixedAtStartEvenWhenTheUsersFoldersChange) {
+    TempHome first;
+    char fixed[kPathBufferSize];
+    LLog::FixFolder(true);
+    ASSERT_TRUE(LLog::GetFolder(fixed));
+    {
+        TempHome second;
+        char now[kPathBufferSize];
+        LLog::GetFolder(now);
+        EXPECT_STREQ(now, fixed);
+        LLog::FixFolder(false);
+        LLog::GetFolder(now);
+        EXPECT_STRNE(now, fixed);
+    }
+}
