@@ -1,4 +1,5 @@
 #include "cli/CliMainLoop.h"
+#include "cli/CliRecordingSession.h"
 #include "cli/Commands.h"
 
 #include "codecs/WaveFile.h"
@@ -69,16 +70,6 @@ bool ParseOptions(const CliArgs& args, CaptureOptions& options) {
     return !options.path.empty();
 }
 
-// The device of a list name or a sound server name.
-std::optional<LSoundRecordDevice> FindDevice(const std::string& name) {
-    std::vector<LSoundDeviceInfo> devices;
-    GetSoundInputDevices(devices);
-    for (size_t i = 0; i < devices.size(); ++i)
-        if (devices[i].name == name || devices[i].serverName == name)
-            return LSoundRecordDevice(static_cast<int>(i), 0);
-    return std::nullopt;
-}
-
 // Follows the recorder: whether it has stopped, and the recorded time on a terminal.
 class CaptureNotify : public LSoundRecorderNotify {
 public:
@@ -121,7 +112,7 @@ int CliCapture(const CliArgs& args) {
 
     LSoundRecordDevice device;
     if (options.device) {
-        const std::optional<LSoundRecordDevice> found = FindDevice(*options.device);
+        const std::optional<LSoundRecordDevice> found = CliFindSoundInput(*options.device);
         if (!found) {
             std::fprintf(stderr,
                          "vinora-cli capture: there is no sound input \"%s\" (see vinora-cli "

@@ -10,6 +10,15 @@
 
 #include <cstdio>
 
+std::optional<LSoundRecordDevice> CliFindSoundInput(const std::string& name) {
+    std::vector<LSoundDeviceInfo> devices;
+    GetSoundInputDevices(devices);
+    for (size_t i = 0; i < devices.size(); ++i)
+        if (devices[i].name == name || devices[i].serverName == name)
+            return LSoundRecordDevice(static_cast<int>(i), 0);
+    return std::nullopt;
+}
+
 std::optional<LSoundRecordDevice> CliVirtualTurntable() {
     std::vector<LSoundDeviceInfo> devices;
     GetSoundInputDevices(devices);

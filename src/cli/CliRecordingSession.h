@@ -49,6 +49,8 @@ private:
     bool failed_ = false;
 };
 
+// The input of a device's list name or sound server name; nullopt when there is none.
+std::optional<LSoundRecordDevice> CliFindSoundInput(const std::string& name);
 // The Virtual Turntable's place in the list of inputs; nullopt when it is not there.
 std::optional<LSoundRecordDevice> CliVirtualTurntable();
 // "0:01:02.50"

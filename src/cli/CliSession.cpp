@@ -22,16 +22,6 @@
 
 namespace {
 
-// The input named on the command line: a device's list name or sound server name.
-std::optional<LSoundRecordDevice> FindInput(const std::string& name) {
-    std::vector<LSoundDeviceInfo> devices;
-    GetSoundInputDevices(devices);
-    for (size_t i = 0; i < devices.size(); ++i)
-        if (devices[i].name == name || devices[i].serverName == name)
-            return LSoundRecordDevice(static_cast<int>(i), 0);
-    return std::nullopt;
-}
-
 bool ParseNumber(const std::string& text, double& value) {
     char* end = nullptr;
     value = std::strtod(text.c_str(), &end);
@@ -101,7 +91,7 @@ int CliRecord(const CliArgs& args) {
     bool untilSilence = false;
     for (size_t i = 0; i < args.size(); ++i) {
         if (args[i] == "--device" && i + 1 < args.size()) {
-            device = FindInput(args[++i]);
+            device = CliFindSoundInput(args[++i]);
             if (!device) {
                 std::fprintf(stderr, "vinora-cli record: there is no sound input \"%s\"\n",
                              args[i].c_str());
@@ -128,7 +118,7 @@ int CliRecord(const CliArgs& args) {
 int CliNoiseFloor(const CliArgs& args) {
     std::optional<LSoundRecordDevice> device;
     if (args.size() == 2 && args[0] == "--device") {
-        device = FindInput(args[1]);
+        device = CliFindSoundInput(args[1]);
         if (!device) {
             std::fprintf(stderr, "vinora-cli noise-floor: there is no sound input \"%s\"\n",
                          args[1].c_str());

@@ -76,9 +76,9 @@ protected:
     // Starts "vinora-cli queue run" in its own process group and kills it with SIGKILL as soon
     // as `output` (the hidden file an output is written to) holds kUnderWay bytes; then waits
     // until everything it started has ended.
-    void RunAndKillWhileWriting(const std::string& output) const {
+    // Starts "vinora-cli queue run" in a process group of its own; its process ID.
+    static pid_t StartQueueRun() {
         const pid_t child = fork();
-        ASSERT_NE(child, -1);
         if (child == 0) {
             setpgid(0, 0);
             const int null = open("/dev/null", O_WRONLY);
@@ -87,7 +87,13 @@ protected:
             execl(VINORA_CLI, VINORA_CLI, "queue", "run", static_cast<char*>(nullptr));
             _exit(127);
         }
-        setpgid(child, child);
+        if (child > 0) setpgid(child, child);
+        return child;
+    }
+
+    void RunAndKillWhileWriting(const std::string& output) const {
+        const pid_t child = StartQueueRun();
+        ASSERT_NE(child, -1);
         int status = 0;
         bool ended = false;
         std::error_code ignored;
@@ -219,17 +225,8 @@ TEST_F(QueueCrashE2E, RandomKillsNeverLoseOrHalveARecording) {
 
     std::uniform_int_distribution<int> after(200, 3000);
     for (int kill = 0; kill < 10; ++kill) {
-        const pid_t child = fork();
+        const pid_t child = StartQueueRun();
         ASSERT_NE(child, -1);
-        if (child == 0) {
-            setpgid(0, 0);
-            const int null = open("/dev/null", O_WRONLY);
-            dup2(null, STDOUT_FILENO);
-            dup2(null, STDERR_FILENO);
-            execl(VINORA_CLI, VINORA_CLI, "queue", "run", static_cast<char*>(nullptr));
-            _exit(127);
-        }
-        setpgid(child, child);
         std::this_thread::sleep_for(std::chrono::milliseconds(after(random)));
         ::kill(-child, SIGKILL);
         waitpid(child, nullptr, 0);
