@@ -2,7 +2,8 @@
 # Builds what is missing (optimised) and starts the program. With a display (X11 or Wayland) it
 # opens the desktop program, with the audio files given added to its list; a vinora-cli command
 # ("./run.sh info FILE") runs the command-line tool. Without a display it says so and runs the
-# command-line tool with the arguments given, or shows its help.
+# command-line tool with the arguments given, or, without any, the headless demo (the demo side
+# recorded from the Virtual Turntable, split into tracks, restored and converted).
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/deps.sh
@@ -18,6 +19,6 @@ if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
 fi
 echo "No display (DISPLAY and WAYLAND_DISPLAY are unset): running vinora-cli instead of the window." >&2
 if [ $# -eq 0 ]; then
-  exec "$cli" --help
+  exec "$cli" demo
 fi
 exec "$cli" "$@"
