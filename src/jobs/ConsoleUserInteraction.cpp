@@ -13,6 +13,7 @@ LMessageAnswer LConsoleUserInteraction::ShowMessage(const std::string& caption,
         return LMessageAnswer::No;
     case LMessageButtons::OkCancel:
     case LMessageButtons::YesNoCancel:
+    case LMessageButtons::ViewCancel:
         break;
     }
     return LMessageAnswer::Cancel;

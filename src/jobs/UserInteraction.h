@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-// Which buttons a message box offers.
-enum class LMessageButtons { Ok, OkCancel, YesNo, YesNoCancel };
+// Which buttons a message box offers. ViewCancel is OkCancel with OK labelled "View".
+enum class LMessageButtons { Ok, OkCancel, YesNo, YesNoCancel, ViewCancel };
 // The button that closed a message box.
 enum class LMessageAnswer { Ok, Cancel, Yes, No };
 

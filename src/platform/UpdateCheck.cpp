@@ -39,12 +39,11 @@ int LAboutCheckForVersionUpdate(LProcessInterface& progress) {
                          LMessageButtons::Ok);
         return result;
     }
-    // OK stands for the "View" button.
     const LMessageAnswer answer = user.ShowMessage(
         "Update Version Available",
         "An updated version of this software is now available for download online. Do you "
         "want to see more information about the new version?",
-        LMessageButtons::OkCancel);
+        LMessageButtons::ViewCancel);
     // Only a web page is opened, whatever else the server names.
     const std::string link = job.infoLink;
     if (answer == LMessageAnswer::Ok && (link.starts_with("http://") || link.starts_with("https://")))

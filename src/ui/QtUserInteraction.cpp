@@ -6,6 +6,7 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QStringList>
 #include <QSystemTrayIcon>
 #include <QThread>
@@ -44,6 +45,7 @@ QMessageBox::StandardButtons ButtonsOf(LMessageButtons buttons) {
     case LMessageButtons::Ok:
         return QMessageBox::Ok;
     case LMessageButtons::OkCancel:
+    case LMessageButtons::ViewCancel:
         return QMessageBox::Ok | QMessageBox::Cancel;
     case LMessageButtons::YesNo:
         return QMessageBox::Yes | QMessageBox::No;
@@ -88,6 +90,7 @@ LMessageAnswer LQtUserInteraction::ShowMessage(const std::string& caption, const
                                                        : QMessageBox::Question,
                         Text(caption), Text(text), ButtonsOf(buttons), Parent());
         if (caption == "Error") box.setIcon(QMessageBox::Warning);
+        if (buttons == LMessageButtons::ViewCancel) box.button(QMessageBox::Ok)->setText("View");
         return AnswerOf(box.exec(), buttons);
     });
 }

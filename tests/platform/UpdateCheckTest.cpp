@@ -79,7 +79,7 @@ TEST_F(UpdateCommandTest, SameVersionIsCurrentAndANewerOneOffersItsPage) {
     EXPECT_EQ(calls[0].text, "An updated version of this software is now available for download "
                              "online. Do you want to see more information about the new "
                              "version?");
-    EXPECT_EQ(calls[0].buttons, LMessageButtons::OkCancel);
+    EXPECT_EQ(calls[0].buttons, LMessageButtons::ViewCancel);
     EXPECT_EQ(OpenedLink(), "http://x/y");
 
     // A link that is no web page is never opened.
