@@ -7,6 +7,8 @@
 #include "ui/ProgressDialog.h"
 #include "ui/QtMainThreadQueue.h"
 #include "ui/RecordingWindow.h"
+#include "ui/TagEditorDialogs.h"
+#include "tags/AudioTagData.h"
 #include "devices/SoundDevices.h"
 #include "record/SoundRecordDevice.h"
 
@@ -99,6 +101,28 @@ TEST_F(Screenshots, MainWindowAndProgress) {
     }
     LMainThreadQueue::SetCurrent(nullptr);
     unsetenv("VINORA_VIRTUAL_TURNTABLE");
+
+    LAudioTagData tags;
+    tags.SetTag("TITLE", "Harbour Lights", true);
+    tags.SetTag("ARTIST", "The Night Trains", true);
+    tags.SetTag("ALBUM", "Side A", true);
+    tags.SetTag("GENRE", "Jazz", true);
+    tags.SetTag("YEAR", "1978", true);
+    {
+        LTagEditorDialog id3(&window, tags, "/music/a.mp3");
+        id3.show();
+        Save(id3, "tag-editor-id3");
+    }
+    {
+        LTagEditorDialog wave(&window, tags, "/music/a.wav");
+        wave.show();
+        Save(wave, "tag-editor-wave");
+    }
+    {
+        LTagEditorDialog many(&window, tags);
+        many.show();
+        Save(many, "tag-editor-list");
+    }
 }
 
 } // namespace

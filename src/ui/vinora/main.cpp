@@ -6,6 +6,7 @@
 #include "ui/QtMainThreadQueue.h"
 #include "ui/QtUserInteraction.h"
 #include "ui/RecordingWindow.h"
+#include "ui/TagEditorDialogs.h"
 
 #include <QApplication>
 
@@ -36,6 +37,10 @@ int main(int argc, char** argv) {
         LRecordingWindow recording(shown->Dialog(), shown);
         recording.exec();
     };
+    windows.editTag = [&shown](LAudioTagData& tags, const std::string& path) {
+        return LEditTagsOfFile(shown, tags, path);
+    };
+    windows.editTagList = [&shown](LAudioTagData& tags) { return LEditTagsOfFiles(shown, tags); };
     LMainWindow window{windows};
     shown = &window;
     interaction.SetParentWindow([&window] { return &window; });
