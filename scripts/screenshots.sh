@@ -8,6 +8,6 @@ build=build/test
   -DVINORA_SANITIZE=ON -DVINORA_BENCH=OFF >/dev/null
 cmake --build "$build" --target test_ui >&2
 mkdir -p docs/screenshots
-VINORA_SCREENSHOTS="$PWD/docs/screenshots" QT_QPA_PLATFORM=offscreen \
+LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp" VINORA_SCREENSHOTS="$PWD/docs/screenshots" QT_QPA_PLATFORM=offscreen \
   "$build/tests/test_ui" --gtest_filter='Screenshots.*' >/dev/null
 ls docs/screenshots/*.png

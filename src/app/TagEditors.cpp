@@ -69,6 +69,7 @@ std::span<const LTagField> LIDTagDlg::Fields() {
 LIDTagDlg::LIDTagDlg(LAudioTagData& tags, std::string extension)
     : tags_(tags), extension_(std::move(extension)), values_(Read(tags, kID3Fields)) {
     const std::string date = tags.GetTag("DATE"), time = tags.GetTag("TIME");
+    hadDate_ = !date.empty() || !time.empty();
     date_.year = Number(tags.GetTag("YEAR"), 0, 4, date_.year);
     date_.day = Number(date, 0, 2, date_.day);
     date_.month = Number(date, 2, 2, date_.month);
@@ -76,11 +77,17 @@ LIDTagDlg::LIDTagDlg(LAudioTagData& tags, std::string extension)
     date_.minute = Number(time, 2, 2, date_.minute);
 }
 
+void LIDTagDlg::SetDate(const LTagDateTime& date) {
+    if (!(date == date_)) dateSet_ = true;
+    date_ = date;
+}
+
 void LIDTagDlg::CmOk() {
     tags_.SetTag("ENCODER", ProgramText().c_str(), true);
     if (strcasecmp(extension_.c_str(), ".wav") == 0)
         tags_.SetTag("PRODUCERAPPVERSION", Version().c_str(), true);
     Store(tags_, values_);
+    if (!hadDate_ && !dateSet_) return;
     char text[16];
     std::snprintf(text, sizeof text, "%.2d%.2d", date_.day, date_.month);
     tags_.SetTag("DATE", text, true);

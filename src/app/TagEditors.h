@@ -21,6 +21,7 @@ using LTagValues = std::map<std::string, std::string>;
 // A date and time as the date picker holds it.
 struct LTagDateTime {
     int year = 2000, month = 1, day = 1, hour = 0, minute = 0;
+    friend bool operator==(const LTagDateTime&, const LTagDateTime&) = default;
 };
 
 // The ID3 editor of one file ("Audio Tag Editor").
@@ -33,10 +34,11 @@ public:
     void SetValue(const std::string& tag, const std::string& value) { values_[tag] = value; }
     // The picker's start: "YEAR", "DATE" (DDMM) and "TIME" (HHMM).
     const LTagDateTime& Date() const { return date_; }
-    void SetDate(const LTagDateTime& date) { date_ = date; }
+    void SetDate(const LTagDateTime& date);
     // Stores the program as "ENCODER" (and for a wave file "PRODUCERAPPVERSION"), then every
     // field (an empty one removes its tag; the user's encoder wins), "DATE" as DDMM and "TIME"
-    // as HHMM from the picker.
+    // as HHMM from the picker: for a file that had no date only when the user set one, so that
+    // no date is made up.
     void CmOk();
 
 private:
@@ -44,6 +46,8 @@ private:
     std::string extension_;
     LTagValues values_;
     LTagDateTime date_;
+    bool hadDate_ = false;
+    bool dateSet_ = false;
 };
 
 // The "Basic" page of the wave tag editor.

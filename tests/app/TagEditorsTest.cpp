@@ -9,6 +9,9 @@ TEST(TagEditors, OkStoresTheFieldsTheProgramAndTheDate) {
     LAudioTagData tags;
     tags.SetTag("TITLE", "Old", true);
     tags.SetTag("ENCODER", "Someone else", true);
+    LIDTagDlg untouched(tags, ".mp3");
+    untouched.CmOk();
+    EXPECT_FALSE(tags.HasParm("DATE")) << "no date is made up";
     LIDTagDlg id3(tags, ".mp3");
     EXPECT_EQ(id3.Values().at("TITLE"), "Old");
     id3.SetValue("TITLE", "New");
