@@ -8,7 +8,8 @@
 // A file written whole or not at all: the content goes into a hidden temporary file beside the
 // target (".name.XXXXXX"), which Commit renames over the target in one step. Until then the
 // target keeps its old content; a file never committed (an error, a full disk, a crash) leaves
-// the target as it was, and the temporary is removed when the object goes.
+// the target as it was, and the temporary is removed when the object goes. A target that is a
+// symbolic link stays one: the file it names is replaced.
 class LAtomicFile {
 public:
     // Creates the temporary beside `target`; IsOpen() tells whether that worked.

@@ -51,6 +51,14 @@ TEST_F(FileOps, SaveAppendCopyAndMoveKeepEveryByte) {
     stat(to.c_str(), &info);
     EXPECT_EQ(info.st_mode & 07777, 0644u);
 
+    // Through a link the file it names is replaced and the link stays.
+    const std::string link = PathOf("link.wav");
+    fs::create_symlink(to, link);
+    ASSERT_TRUE(SaveFile(link.c_str(), "linked", 6, 0));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(Load(to), std::vector<uint8_t>({'l', 'i', 'n', 'k', 'e', 'd'}));
+    ASSERT_TRUE(CopyFile(from.c_str(), to.c_str()));
+
     ASSERT_TRUE(SaveFile(moved.c_str(), "old contents", 12, 0));
     ASSERT_TRUE(MoveFile(to.c_str(), moved.c_str()));
     EXPECT_FALSE(fs::exists(to));
