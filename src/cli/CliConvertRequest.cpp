@@ -71,7 +71,9 @@ bool CliParseConvertRequest(const CliArgs& args, const char* usage, LProcessConv
     if (ok && paths.size() == 2 && CopyField(request.sourcePath, paths[0]) &&
         CopyField(request.destinationPath, paths[1])) {
         _GetFolderFromPath(request.outputFolder, request.destinationPath);
-        if (request.outputFolder[0] == 0) CopyField(request.outputFolder, ".");
+        // A name alone lies in the current folder; a file at the root in the root.
+        if (request.outputFolder[0] == 0)
+            CopyField(request.outputFolder, request.destinationPath[0] == '/' ? "/" : ".");
         _GetFileExtensionFromPath(request.outputExtension, request.destinationPath);
         return true;
     }

@@ -14,9 +14,12 @@ bool CreateFolder(const char* path) {
 }
 
 bool CreateFolderTree(const char* path) {
-    std::error_code error;
-    std::filesystem::create_directories(path, error);
-    return IsFolder(path);
+    // Level by level, each with the program's folder mode (the file-creation mask is cleared).
+    const std::string full = path;
+    for (std::size_t slash = full.find('/', 1); slash != std::string::npos;
+         slash = full.find('/', slash + 1))
+        CreateFolder(full.substr(0, slash).c_str());
+    return full.empty() ? false : CreateFolder(path);
 }
 
 bool IsFolder(const char* path) {

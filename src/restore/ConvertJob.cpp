@@ -188,6 +188,8 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job,
 void LGetPartialOutputPath(char* out, const char* destination) {
     char folder[kPathBufferSize], name[kPathBufferSize], ext[kPathBufferSize];
     _GetFolderFromPath(folder, destination);
+    // A file at the root has an empty folder; its hidden file is at the root too.
+    if (folder[0] == 0 && destination[0] == '/') std::snprintf(folder, sizeof folder, "/");
     _GetFileNameFromPath(name, destination);
     _GetFileExtensionFromPath(ext, destination);
     const std::string hidden = "." + std::string(name) + ".partial";

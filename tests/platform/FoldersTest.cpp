@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <sys/stat.h>
 #include <filesystem>
 #include <fstream>
 
@@ -55,4 +56,18 @@ TEST(UserFolders, DataAndMusicFoldersFollowTheXdgSettings) {
     setenv("XDG_DATA_HOME", "relative/path", 1);
     GetUserApplicationSupportFolder(folder);
     EXPECT_EQ(fs::path(folder), home.Path() / ".local/share");
+}
+
+TEST(Folders, TreesGetTheProgramsModeWhateverTheMask) {
+    TempHome home;
+    const mode_t mask = umask(0);
+    const std::string deep = (home.Path() / "a/b/c").string();
+    EXPECT_TRUE(CreateFolderTree(deep.c_str()));
+    EXPECT_TRUE(CreateFolderTree((deep + "/").c_str()));
+    umask(mask);
+    for (const char* level : {"a", "a/b", "a/b/c"}) {
+        struct stat info {};
+        stat((home.Path() / level).c_str(), &info);
+        EXPECT_EQ(info.st_mode & 07777, 0755u) << level;
+    }
 }
