@@ -61,7 +61,7 @@ void CliRecordingSession::Levels(const LDBMC&) {
 
 void CliRecordingSession::TrackKept(const std::string& name, const std::string& path,
                                     LSoundTime length, LSoundTime tail) {
-    const LSoundTime end(static_cast<int32_t>(reports_ * 100) - tail.GetMS());
+    const LSoundTime end(static_cast<int32_t>(ElapsedMs()) - tail.GetMS());
     const LSoundTime start(end.GetMS() - length.GetMS());
     tracks_.push_back({name, path, start, length});
     std::printf("track %zu: %s  %s - %s  (%s)  queued as %s\n", tracks_.size(), name.c_str(),
@@ -75,6 +75,12 @@ void CliRecordingSession::TrackDiscarded(const std::string& name, LSoundTime len
     std::fflush(stdout);
 }
 
+int64_t CliRecordingSession::ElapsedMs() const {
+    if (paced_) return reports_ * 100;
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                 started_).count();
+}
+
 int CliRecordingSession::Run(std::optional<LSoundRecordDevice> device, bool paced, double seconds,
                              bool untilSilence) {
     CliMainLoop loop;
@@ -86,12 +92,14 @@ int CliRecordingSession::Run(std::optional<LSoundRecordDevice> device, bool pace
         lastStatus_ = page.Status();
         std::fprintf(stderr, "%s\n", lastStatus_.c_str());
     };
+    paced_ = paced;
+    started_ = std::chrono::steady_clock::now();
     page.CmRecord(false);
     if (!page.IsRecording()) return 2;
-    const int64_t limit = seconds > 0 ? static_cast<int64_t>(seconds * 10) : 0;
+    const int64_t limit = seconds > 0 ? static_cast<int64_t>(seconds * 1000) : 0;
     const bool finished = loop.Run([&] {
         showStatus();
-        if (limit > 0 && reports_ >= limit) return true;
+        if (limit > 0 && ElapsedMs() >= limit) return true;
         if (untilSilence && !tracks_.empty()) return true;
         return ended_ || !page.IsRecording();
     });

@@ -2,6 +2,7 @@
 
 #include "record/RecordingPage.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,10 +42,16 @@ public:
     void TrackDiscarded(const std::string& name, LSoundTime length) override;
 
 private:
+    // The input's time since the session started.
+    int64_t ElapsedMs() const;
     std::string outputFolder_;
     std::string lastStatus_;
     std::vector<Track> tracks_;
     int64_t reports_ = 0; // 100 ms input buffers seen
+    // A live input's time is the clock's: reports can merge when the loop is busy, and the
+    // device restarts between tracks.
+    bool paced_ = false;
+    std::chrono::steady_clock::time_point started_;
     bool ended_ = false;
     bool failed_ = false;
 };

@@ -10,6 +10,9 @@
 #include "record/DiscSpace.h"
 #include "record/RecordingOutput.h"
 #include "record/SoundRecordDevice.h"
+#include "sound/SinkToSource.h"
+#include "tags/AudioTagData.h"
+#include "sound/SoundSinkMulti.h"
 
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -17,6 +20,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 
 namespace {
 
@@ -124,6 +128,7 @@ void LRecordingPage::RecordStart(bool resume) {
                           "have selected the correct output folder in settings.",
                           kProgramName, tempPath_);
             UserInteraction().ShowError(text);
+            StopPlayback();
             DeleteRecording();
             return;
         }
@@ -131,15 +136,17 @@ void LRecordingPage::RecordStart(bool resume) {
     }
     paused_ = false;
     recorder_.Stop();
+    if (!resume) OpenPlayback();
     recorder_.GetLowLevel().SetDevice(
         device_.value_or(LSettingGetSoundRecordDevice(kSection, "SoundInDevice")));
     recorder_.GetLowLevel().SetVolume(
         static_cast<int8_t>(std::clamp(LUserSettingGet<int>("Recording", "Volume", -20), -127, 127)));
+    PlayTone("RecordTone", LTone::Start);
     const int floor = LUserSettingGet<int>(kSection, "dBNoiseFloor", -25);
     ResetDetection();
     const int threshold =
         Flag("RecordAudioOnly", true) ? std::clamp(floor + 2, -127, 127) : LDB::kSilence;
-    if (!recorder_.Start(sink_, LSoundTime(0), static_cast<int8_t>(threshold),
+    if (!recorder_.Start(recordSink_, LSoundTime(0), static_cast<int8_t>(threshold),
                          LSoundTime(kSilenceTimeMs), paced_ ? srfPaced : 0)) {
         char text[600];
         std::snprintf(text, sizeof text,
@@ -147,7 +154,8 @@ void LRecordingPage::RecordStart(bool resume) {
                       "have selected the correct Sound Record Device in the Options dialog.",
                       kProgramName);
         UserInteraction().ShowError(text);
-        sink_.Close();
+        CloseSinks();
+        StopPlayback();
         DeleteRecording();
         return;
     }
@@ -156,6 +164,45 @@ void LRecordingPage::RecordStart(bool resume) {
     format_ = LRecordingFormatText(LGetOutputFormatNum());
     SetStatus("Waiting for audio stream");
     LOG("Recording to file %s", name_.c_str());
+}
+
+void LRecordingPage::OpenPlayback() {
+    recordSink_ = sink_;
+    if (!playing_) {
+        if (!Flag("PlaybackAudioWhileRecording", false)) return;
+        LSinkToSource pipe(sink_->GetSampleRate(), sink_->GetChannels(), LSoundPlayer::kPeakLimit);
+        // The sink end opens first: a pipe without one reads as ended.
+        toPlayback_ = pipe.OpenSink();
+        LSoundSource source = pipe.OpenSource();
+        if (!playback_) playback_ = std::make_unique<LSoundPlayer>();
+        playback_->SetDevice(LSettingGetSoundPlayDevice("Player", "Device"));
+        if (!playback_->Start(source)) {
+            LOGWARN("The input cannot be played while recording: no sound output opened");
+            toPlayback_.Close();
+            return;
+        }
+        playing_ = true;
+    }
+    recordSink_ = LSoundSinkDuplicate::OpenSink(sink_, toPlayback_);
+}
+
+void LRecordingPage::CloseSinks() {
+    recordSink_.Close();
+    sink_.Close();
+    if (!splitting_) StopPlayback();
+}
+
+void LRecordingPage::StopPlayback() {
+    if (!playing_) return;
+    toPlayback_.Close();
+    playback_->Stop();
+    playing_ = false;
+}
+
+void LRecordingPage::PlayTone(const char* key, LTone tone) {
+    if (!Flag(key, false)) return;
+    if (!tones_) tones_ = std::make_unique<LTonePlayer>();
+    tones_->Play(tone);
 }
 
 void LRecordingPage::DeleteRecording() {
@@ -171,6 +218,7 @@ void LRecordingPage::CmRecordPause() {
     recorder_.Stop();
     stopping_ = false;
     ResetDetection();
+    PlayTone("StoppedTone", LTone::Pause);
     view_.Refresh();
 }
 
@@ -178,7 +226,7 @@ void LRecordingPage::CmRecordRestart() {
     const bool wasRecording = active_;
     CmRecordPause();
     active_ = false;
-    sink_.Close();
+    CloseSinks();
     DeleteRecording();
     iNextAutoNumber = std::max(iNextAutoNumber - 1, 0);
     currentTime_ = pausedTime_ = LSoundTime();
@@ -196,6 +244,7 @@ void LRecordingPage::CmRecordStop(bool discard) {
         discard = true;
     }
     ResetDetection();
+    PlayTone("RecordTone", LTone::Stop);
     paused_ = false;
     // A recorder that stopped by itself has already cut the silence at the end.
     const int recorded = std::max(sink_->GetPosition(), lastPosition_);
@@ -210,7 +259,7 @@ void LRecordingPage::CmRecordStop(bool discard) {
     if (!discard) {
         SaveRecording();
     } else {
-        sink_.Close();
+        CloseSinks();
         DeleteRecording();
         iNextAutoNumber = std::max(iNextAutoNumber - 1, 0);
         view_.TrackDiscarded(name_, length);
@@ -222,8 +271,8 @@ void LRecordingPage::CmRecordStop(bool discard) {
 
 void LRecordingPage::SaveRecording() {
     const LSoundTime length = LSoundTime::FromSamples(sink_->GetPosition(), kSampleRate);
-    // The last handle: the file gets its final header.
-    sink_.Close();
+    // The last handles: the file gets its final header.
+    CloseSinks();
     const std::string name = name_;
     name_ = format_ = "N/A";
     LSoundTime minimum;
@@ -248,6 +297,7 @@ void LRecordingPage::SaveRecording() {
     char destination[kPathBufferSize];
     _MakeFilePath(destination, folder.c_str(), name.c_str(), format.extension);
     const std::string lengthText = TimeText(length);
+    TagRecording(name);
     if (!CmConvertFile(tempPath_, destination, folder.c_str(), format.extension, lengthText.c_str(),
                        format.convert, copy, copyFolder.c_str())) {
         LOGERROR("File conversion FAILED");
@@ -257,6 +307,17 @@ void LRecordingPage::SaveRecording() {
     LUserSettingSetString("RecordingPage", "TotalTime", TimeText(sessionTime_).c_str());
     view_.TrackKept(name, destination, length, tail_);
     tempPath_[0] = 0;
+}
+
+void LRecordingPage::TagRecording(const std::string& name) const {
+    LAudioTagData tags;
+    tags.SetTag("TITLE", name.c_str(), true);
+    const std::time_t now = std::time(nullptr);
+    std::tm local {};
+    localtime_r(&now, &local);
+    tags.SetTag("YEAR", std::to_string(local.tm_year + 1900).c_str(), true);
+    if (!tags.WriteTags(tempPath_, tagModeAll, false))
+        LOGWARN("Tag write FAILED: could not write tag to file %s", tempPath_);
 }
 
 bool LRecordingPage::CmConvertFile(const char* source, const char* destination, const char* folder,
@@ -333,7 +394,9 @@ void LRecordingPage::srntfLevel(const LDBMC& levels, long) {
         detector_->OnLevel(levels, lastPosition_, sink_->GetSampleRate());
     if (result.verified) SetStatus("Recording");
     if (result.ended) {
+        splitting_ = true;
         CmRecordStop(false);
         CmRecord(false);
+        splitting_ = false;
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "play/SoundPlayer.h"
+#include "play/Tones.h"
 #include "record/SoundRecordDevice.h"
 #include "record/SoundRecorder.h"
 #include "record/TrackDetector.h"
@@ -106,10 +108,18 @@ public:
 private:
     void RecordStart(bool resume);
     void SaveRecording();
+    // The recording's name and year go into its tags, and from there into the converted file.
+    void TagRecording(const std::string& name) const;
     void ResetDetection();
     void SetStatus(const char* status);
     void RefreshSpace(bool addCurrent);
     void DeleteRecording();
+    // Records into the file and, when the settings ask for it, into the player too.
+    void OpenPlayback();
+    // Closes the recording's sinks. Playback goes on when one track ends and the next starts.
+    void CloseSinks();
+    void StopPlayback();
+    void PlayTone(const char* key, LTone tone);
 
     void srntfRecord(long user) override;
     void srntfWait(long user) override;
@@ -120,7 +130,13 @@ private:
     LRecordingHost& host_;
     LRecordingView& view_;
     LSoundRecorder recorder_;
-    LSoundSink sink_;
+    LSoundSink sink_;        // the temporary wave file
+    LSoundSink recordSink_;  // what the recorder writes into: the file, or the file and the player
+    std::unique_ptr<LSoundPlayer> playback_;
+    LSoundSink toPlayback_;  // the writing end of the pipe the player plays
+    bool playing_ = false;   // the player plays the input
+    bool splitting_ = false; // one track ends and the next starts
+    std::unique_ptr<LTonePlayer> tones_;
     std::unique_ptr<LTrackDetector> detector_;
     char tempPath_[260] = {};
     std::string status_ = "Idle";

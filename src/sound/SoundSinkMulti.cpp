@@ -4,6 +4,7 @@
 #include "sound/ConvertRateSink.h"
 
 #include <algorithm>
+#include <cstdint>
 
 LSoundSinkMultiBase::LSoundSinkMultiBase(std::vector<LSoundSink> sinks, int rate,
                                          unsigned char channels)
@@ -16,6 +17,13 @@ void LSoundSinkMultiBase::Write(const int* buffer, int frames)
     position_ += frames;
     for (LSoundSink& sink : sinks_)
         sink->Write(buffer, frames);
+}
+
+void LSoundSinkMultiBase::Seek(int frame)
+{
+    position_ = frame;
+    for (LSoundSink& sink : sinks_)
+        sink->Seek(static_cast<int>(static_cast<int64_t>(frame) * sink->GetSampleRate() / sampleRate_));
 }
 
 LSoundSink LSoundSinkMulti::OpenSink(LSoundSink* sinks, unsigned long count)

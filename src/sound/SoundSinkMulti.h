@@ -13,6 +13,8 @@ public:
 
     // Writes the same frames to every sink in turn, whatever their error state.
     void Write(const int* buffer, int frames) override;
+    // Moves every sink to the same moment (a sink that cannot seek keeps its place).
+    void Seek(int frame) override;
 
 private:
     std::vector<LSoundSink> sinks_;

@@ -1,6 +1,7 @@
 // Recording sessions end to end: a whole side split into its tracks by vinora-cli split-side,
 // converted by the queue; a session killed in its second track loses nothing already kept.
 #include "devices/DemoSide.h"
+#include "support/PulseServer.h"
 #include "support/TempHome.h"
 
 #include <gtest/gtest.h>
@@ -19,8 +20,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string Cli(const std::string& arguments, int* status = nullptr) {
-    return RunCommand(std::string(VINORA_CLI) + " " + arguments + " 2>/dev/null", status);
+std::string Cli(const std::string& arguments, int* status = nullptr,
+                const std::string& environment = "") {
+    return RunCommand(environment + VINORA_CLI + " " + arguments + " 2>/dev/null", status);
 }
 
 double Seconds(const std::string& text) {
@@ -30,8 +32,82 @@ double Seconds(const std::string& text) {
     return h * 3600 + m * 60 + s;
 }
 
+// Checks the printed tracks against the demo side's own: each boundary within half a second of
+// the generated gap, none shorter than the minimum. Returns the queued paths and the total length.
+std::vector<std::string> ExpectDemoTracks(const std::string& printed, double* total) {
+    std::istringstream lines(printed);
+    std::vector<std::string> paths;
+    const LDemoSide demo;
+    size_t index = 0;
+    *total = 0;
+    for (std::string text; std::getline(lines, text);) {
+        // "track 1: Untitled 01  0:00:01.45 - 0:00:33.45  (0:00:32.00)  queued as PATH"
+        if (text.rfind("track ", 0) != 0) continue;
+        const std::size_t times = text.find("  ") + 2, queued = text.find("  queued as ");
+        char start[32], end[32], length[32];
+        if (std::sscanf(text.c_str() + times, "%31s - %31s  (%31[^)])", start, end, length) != 3 ||
+            index >= demo.GetTracks().size()) {
+            ADD_FAILURE() << text << "\n" << printed;
+            break;
+        }
+        const LDemoSide::Track& track = demo.GetTracks()[index++];
+        EXPECT_NEAR(Seconds(start), track.start / 44100.0, 0.5) << text;
+        EXPECT_NEAR(Seconds(end), (track.start + track.frames) / 44100.0, 0.5) << text;
+        EXPECT_GE(Seconds(length), 2.0) << text;
+        *total += Seconds(length);
+        paths.push_back(text.substr(queued + 12));
+    }
+    EXPECT_EQ(index, demo.GetTracks().size()) << printed;
+    return paths;
+}
+
+// The queue turns every track into a file that decodes and carries the track's name.
+void ExpectConvertedTracks(const std::vector<std::string>& paths) {
+    int status = -1;
+    Cli("queue run", &status);
+    ASSERT_EQ(status, 0);
+    for (const std::string& path : paths) {
+        const std::string probed = RunCommand(
+            "ffprobe -v error -show_entries format=duration:format_tags=title -of csv=p=0 " +
+            ShellQuote(path));
+        const std::string name = fs::path(path).stem().string();
+        EXPECT_GT(std::atof(probed.c_str()), 2.0) << path;
+        EXPECT_NE(probed.find(name), std::string::npos) << probed;
+    }
+}
+
+// The side, played into the Virtual Speaker while it is recorded, is heard across every split.
 TEST(RecordingE2E, SplitsTheDemoSideIntoItsTracks) {
     TempHome home;
+    const fs::path side = home.Path() / "side.wav";
+    const fs::path heard = home.Path() / "heard.wav";
+    int status = -1;
+    RunCommand("VINORA_VIRTUAL_TURNTABLE=,speed=0 " + std::string(VINORA_CLI) + " capture " +
+                   ShellQuote(side) + " --device 'Virtual Turntable' 2>/dev/null",
+               &status);
+    ASSERT_EQ(status, 0);
+    Cli("settings set OutputFormat OutputFormatNum 1");
+    Cli("settings set Settings PlaybackAudioWhileRecording 1");
+    Cli("settings set Player Device 'Virtual Speaker'");
+    const std::string printed =
+        Cli("split-side " + ShellQuote(side), &status,
+            "VINORA_VIRTUAL_SPEAKER=" + ShellQuote(heard.string() + ",speed=0") + " ");
+    ASSERT_EQ(status, 0) << printed;
+    double total = 0;
+    const std::vector<std::string> paths = ExpectDemoTracks(printed, &total);
+    const double played = std::atof(RunCommand("soxi -D " + ShellQuote(heard)).c_str());
+    EXPECT_GE(played, total - 0.5);
+    EXPECT_LE(played, LDemoSide().GetTracks().back().start / 44100.0 + 40);
+    ExpectConvertedTracks(paths);
+}
+
+// The demo side played into a sound server's null sink in real time and recorded from its
+// monitor splits the same way.
+TEST(RecordingE2E, RecordsTheDemoSideFromASoundServer) {
+    if (!PulseServer::IsInstalled()) GTEST_SKIP() << "pulseaudio is not installed";
+    TempHome home;
+    PulseServer server;
+    ASSERT_TRUE(server.IsRunning()) << server.Error();
     const fs::path side = home.Path() / "side.wav";
     int status = -1;
     RunCommand("VINORA_VIRTUAL_TURNTABLE=,speed=0 " + std::string(VINORA_CLI) + " capture " +
@@ -39,36 +115,14 @@ TEST(RecordingE2E, SplitsTheDemoSideIntoItsTracks) {
                &status);
     ASSERT_EQ(status, 0);
     Cli("settings set OutputFormat OutputFormatNum 0");
-    const std::string printed = Cli("split-side " + ShellQuote(side), &status);
+    const std::string script =
+        "paplay --device=turntable " + ShellQuote(side) + " & player=$!; " + VINORA_CLI +
+        " record --device turntable.monitor --seconds 190 2>/dev/null; "
+        "status=$?; kill $player 2>/dev/null; wait $player; exit $status";
+    const std::string printed = RunCommand(script, &status);
     ASSERT_EQ(status, 0) << printed;
-
-    std::istringstream lines(printed);
-    std::vector<std::string> paths;
-    const LDemoSide demo;
-    size_t index = 0;
-    for (std::string text; std::getline(lines, text);) {
-        // "track 1: Untitled 01  0:00:01.45 - 0:00:33.45  (0:00:32.00)  queued as PATH"
-        if (text.rfind("track ", 0) != 0) continue;
-        const std::size_t times = text.find("  ") + 2, queued = text.find("  queued as ");
-        char start[32], end[32], length[32];
-        ASSERT_EQ(std::sscanf(text.c_str() + times, "%31s - %31s  (%31[^)])", start, end, length), 3)
-            << text;
-        ASSERT_LT(index, demo.GetTracks().size()) << printed;
-        const LDemoSide::Track& track = demo.GetTracks()[index++];
-        EXPECT_NEAR(Seconds(start), track.start / 44100.0, 0.5) << text;
-        EXPECT_NEAR(Seconds(end), (track.start + track.frames) / 44100.0, 0.5) << text;
-        EXPECT_GE(Seconds(length), 2.0) << text;
-        paths.push_back(text.substr(queued + 12));
-    }
-    EXPECT_EQ(index, demo.GetTracks().size()) << printed;
-
-    Cli("queue run", &status);
-    ASSERT_EQ(status, 0);
-    for (const std::string& path : paths) {
-        const std::string probed = RunCommand(
-            "ffprobe -v error -show_entries format=duration -of csv=p=0 " + ShellQuote(path));
-        EXPECT_GT(std::atof(probed.c_str()), 2.0) << path;
-    }
+    double total = 0;
+    ExpectConvertedTracks(ExpectDemoTracks(printed, &total));
 }
 
 TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {
