@@ -10,8 +10,7 @@
 #include "platform/Paths.h"
 #include "platform/Settings.h"
 #include "platform/UserFolders.h"
-#include "record/NoiseFloor.h"
-#include "record/SoundRecorder.h"
+#include "record/SampleNoisePage.h"
 #include "tags/AudioTagData.h"
 
 #include <algorithm>
@@ -130,36 +129,20 @@ int CliNoiseFloor(const CliArgs& args) {
                    stderr);
         return 2;
     }
-    struct Measure : LSoundRecorderNotify {
-        LNoiseFloorMeasure measure;
-        LSoundSink sink;
-        bool done = false;
-        void srntfLevel(const LDBMC& levels, long) override {
-            if (!measure.IsMeasuring() && !done) measure.Start(sink->GetPosition());
-            if (measure.OnLevel(levels, sink->GetPosition(), 44100) ==
-                LNoiseFloorMeasure::State::Done)
-                done = true;
-        }
-    } notify;
+    struct : LSampleNoiseView {
+    } view;
     CliMainLoop loop;
-    notify.sink = LSoundSinkStub{}.OpenSink();
-    LSoundRecorder recorder(&notify);
-    recorder.GetLowLevel().SetDevice(
-        device.value_or(LSettingGetSoundRecordDevice("Settings", "SoundInDevice")));
-    recorder.GetLowLevel().SetVolume(static_cast<int8_t>(
-        std::clamp(LUserSettingGet<int>("Recording", "Volume", -20), -127, 127)));
-    if (!recorder.Start(notify.sink, LSoundTime(216'000'000), LDB::kSilence, LSoundTime(0),
-                        srfRecordAtOnce)) {
+    LSampleNoisePage page(view);
+    if (device) page.SetDevice(*device);
+    if (!page.StartRecorder()) {
         std::fprintf(stderr, "vinora-cli noise-floor: the sound input cannot be opened\n");
         return 2;
     }
-    const bool finished = loop.Run([&] { return notify.done; });
-    recorder.Stop();
+    page.CmMeasure();
+    const bool finished = loop.Run([&] { return page.IsMeasureEnabled(); });
+    page.StopRecorder();
     if (!finished) return 1;
-    std::printf("%s\n", LNoiseFloorText(notify.measure.Floor()).c_str());
-    if (notify.measure.SignalDetected())
-        std::fprintf(stderr, "An audio signal was detected during the measurement; measure "
-                             "again during silence.\n");
+    std::printf("%s\n", page.Status().c_str());
     return 0;
 }
 

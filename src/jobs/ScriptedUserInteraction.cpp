@@ -86,3 +86,8 @@ void LScriptedUserInteraction::ShowDockNotice(const std::string& text) {
 void LScriptedUserInteraction::RevealFolder(const std::string& folder) {
     Record(LInteractionKind::RevealFolder, {}, folder);
 }
+
+bool LScriptedUserInteraction::ShowWarningWithCheck(const std::string& caption,
+                                                    const std::string& text, const std::string&) {
+    return ShowMessage(caption, text, LMessageButtons::Ok) == LMessageAnswer::Yes;
+}

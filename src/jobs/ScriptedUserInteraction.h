@@ -41,6 +41,9 @@ public:
     void ShowTip(const std::string& title, const std::string& text) override;
     void ShowDockNotice(const std::string& text) override;
     void RevealFolder(const std::string& folder) override;
+    // Recorded as a message box; an answer of Yes ticks the box.
+    bool ShowWarningWithCheck(const std::string& caption, const std::string& text,
+                              const std::string& check) override;
 
 private:
     void Record(LInteractionKind kind, const std::string& caption, const std::string& text,

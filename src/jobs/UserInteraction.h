@@ -48,6 +48,15 @@ public:
     // Shows the folder in the desktop's file browser.
     virtual void RevealFolder(const std::string& folder) = 0;
 
+    // A warning with one OK button and a check box under the text ("Don't show this again");
+    // returns whether the box was ticked. Without a box to show, the warning alone.
+    virtual bool ShowWarningWithCheck(const std::string& caption, const std::string& text,
+                                      const std::string& check) {
+        (void)check;
+        ShowMessage(caption, text, LMessageButtons::Ok);
+        return false;
+    }
+
     // A message box captioned "Error" with one OK button.
     void ShowError(const std::string& text) { ShowMessage("Error", text, LMessageButtons::Ok); }
 };

@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QMessageBox>
@@ -92,6 +93,17 @@ LMessageAnswer LQtUserInteraction::ShowMessage(const std::string& caption, const
         if (caption == "Error") box.setIcon(QMessageBox::Warning);
         if (buttons == LMessageButtons::ViewCancel) box.button(QMessageBox::Ok)->setText("View");
         return AnswerOf(box.exec(), buttons);
+    });
+}
+
+bool LQtUserInteraction::ShowWarningWithCheck(const std::string& caption, const std::string& text,
+                                               const std::string& check) {
+    return OnGuiThread([&] {
+        QMessageBox box(QMessageBox::Warning, Text(caption), Text(text), QMessageBox::Ok, Parent());
+        auto* tick = new QCheckBox(Text(check), &box);
+        box.setCheckBox(tick);
+        box.exec();
+        return tick->isChecked();
     });
 }
 

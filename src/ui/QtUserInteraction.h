@@ -25,6 +25,8 @@ public:
     void ShowTip(const std::string& title, const std::string& text) override;
     void ShowDockNotice(const std::string& text) override;
     void RevealFolder(const std::string& folder) override;
+    bool ShowWarningWithCheck(const std::string& caption, const std::string& text,
+                              const std::string& check) override;
 
 private:
     QWidget* Parent() const;

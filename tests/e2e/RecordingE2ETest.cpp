@@ -32,9 +32,11 @@ double Seconds(const std::string& text) {
     return h * 3600 + m * 60 + s;
 }
 
-// Checks the printed tracks against the demo side's own: each boundary within half a second of
-// the generated gap, none shorter than the minimum. Returns the queued paths and the total length.
-std::vector<std::string> ExpectDemoTracks(const std::string& printed, double* total) {
+// Checks the printed tracks against the demo side's own: each boundary within `tolerance`
+// seconds of the generated gap, none shorter than the minimum. Returns the queued paths and the
+// total length.
+std::vector<std::string> ExpectDemoTracks(const std::string& printed, double* total,
+                                          double tolerance = 0.5) {
     std::istringstream lines(printed);
     std::vector<std::string> paths;
     const LDemoSide demo;
@@ -51,8 +53,8 @@ std::vector<std::string> ExpectDemoTracks(const std::string& printed, double* to
             break;
         }
         const LDemoSide::Track& track = demo.GetTracks()[index++];
-        EXPECT_NEAR(Seconds(start), track.start / 44100.0, 0.5) << text;
-        EXPECT_NEAR(Seconds(end), (track.start + track.frames) / 44100.0, 0.5) << text;
+        EXPECT_NEAR(Seconds(start), track.start / 44100.0, tolerance) << text;
+        EXPECT_NEAR(Seconds(end), (track.start + track.frames) / 44100.0, tolerance) << text;
         EXPECT_GE(Seconds(length), 2.0) << text;
         *total += Seconds(length);
         paths.push_back(text.substr(queued + 12));
@@ -121,8 +123,10 @@ TEST(RecordingE2E, RecordsTheDemoSideFromASoundServer) {
         "status=$?; kill $player 2>/dev/null; wait $player; exit $status";
     const std::string printed = RunCommand(script, &status);
     ASSERT_EQ(status, 0) << printed;
+    // A live input's times are the clock's, and the input reopens between tracks: on a loaded
+    // machine that takes a moment more.
     double total = 0;
-    ExpectConvertedTracks(ExpectDemoTracks(printed, &total));
+    ExpectConvertedTracks(ExpectDemoTracks(printed, &total, 1.5));
 }
 
 TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {
