@@ -8,7 +8,8 @@ namespace {
 
 constexpr const char* kUsage = "usage: vinora-cli settings get SECTION KEY [DEFAULT]\n"
                                "       vinora-cli settings set SECTION KEY VALUE\n"
-                               "       vinora-cli settings delete SECTION KEY\n";
+                               "       vinora-cli settings delete SECTION KEY\n"
+                               "       vinora-cli settings list [SECTION]\n";
 
 int Usage(const char* problem) {
     std::fprintf(stderr, "vinora-cli settings: %s\n%s", problem, kUsage);
@@ -46,6 +47,13 @@ int CliSettings(const CliArgs& args) {
     if (action == "delete") {
         if (count != 2) return Usage("delete takes SECTION KEY");
         if (!LUserSettingDeleteItem(args[1].c_str(), args[2].c_str())) return WriteFailed();
+        return 0;
+    }
+    if (action == "list") {
+        if (count > 1) return Usage("list takes an optional SECTION");
+        for (const LStoredSetting& setting : LUserSettingList(count == 1 ? args[1] : ""))
+            std::printf("%s/%s=%s\n", setting.section.c_str(), setting.key.c_str(),
+                        setting.value.c_str());
         return 0;
     }
     return Usage(("unknown action \"" + action + "\"").c_str());

@@ -18,7 +18,7 @@ struct CliCommand {
 const CliCommand kCommands[] = {
     {"settings", CliSettings,
      "settings get SECTION KEY [DEFAULT] | settings set SECTION KEY VALUE |\n"
-     "                    settings delete SECTION KEY"},
+     "                    settings delete SECTION KEY | settings list [SECTION]"},
     {"info", CliInfo, "info FILE"},
     {"decode", CliDecode, "decode IN OUT [--rate R] [--channels C]"},
     {"tags", CliTags, "tags FILE [--mode N] [--set NAME=VALUE]..."},

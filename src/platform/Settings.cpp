@@ -78,6 +78,24 @@ std::string GetUserSettingsFilePath() {
     return GetConfigHomeFolder() + kSettingsFile;
 }
 
+std::vector<LStoredSetting> LUserSettingList(const std::string& section) {
+    const QSettings settings(QString::fromStdString(GetUserSettingsFilePath()), QSettings::IniFormat);
+    std::vector<LStoredSetting> list;
+    for (const QString& name : settings.allKeys()) {
+        const std::string text = name.toStdString();
+        const std::size_t slash = text.rfind('/');
+        LStoredSetting setting{slash == std::string::npos ? "General" : text.substr(0, slash),
+                               text.substr(slash == std::string::npos ? 0 : slash + 1), ""};
+        if (!section.empty() && setting.section != section) continue;
+        ReadSetting(GetUserSettingsFilePath(), name, setting.value);
+        list.push_back(std::move(setting));
+    }
+    std::sort(list.begin(), list.end(), [](const LStoredSetting& a, const LStoredSetting& b) {
+        return a.section != b.section ? a.section < b.section : a.key < b.key;
+    });
+    return list;
+}
+
 bool _LUserSettingGetString(const char* section, const char* key, const char* defaultValue,
                             char* out) {
     return GetString(GetUserSettingsFilePath(), section, key, defaultValue, out);

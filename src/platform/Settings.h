@@ -46,5 +46,14 @@ template <> bool LUserSettingGet<bool>(const char* section, const char* key, boo
 template <> bool LUserSettingSet<int>(const char* section, const char* key, int value);
 template <> bool LUserSettingSet<bool>(const char* section, const char* key, bool value);
 
+// Every stored setting of the current user, as section, key and value, sorted by section and
+// key; only those of `section` when it is not empty.
+struct LStoredSetting {
+    std::string section;
+    std::string key;
+    std::string value;
+};
+std::vector<LStoredSetting> LUserSettingList(const std::string& section = "");
+
 // The settings file of the current user, as the environment names it now.
 std::string GetUserSettingsFilePath();

@@ -28,12 +28,18 @@ TEST(SettingsCli, SeesWritesOfAnotherProcessAtOnce) {
     EXPECT_EQ(Cli("get OutputFormat OutputFolder " + ShellQuote("the default"), &status),
               "the default\n");
     EXPECT_EQ(status, 0);
+
+    ASSERT_TRUE(LUserSettingSetString("Settings", "FileNameFormat", "Side, %autonumber%"));
+    EXPECT_EQ(Cli("list", &status),
+              "Settings/FileNameFormat=Side, %autonumber%\nSettings/SplitTime=4\n");
+    LUserSettingSet<bool>("Wizard", "CalibrateVolume", false);
+    EXPECT_EQ(Cli("list Wizard", &status), "Wizard/CalibrateVolume=0\n");
 }
 
 TEST(SettingsCli, BadUsageFailsWithoutWriting) {
     TempHome home;
     for (const char* arguments : {"", "get", "get Section", "set Section Key", "delete Section",
-                                  "get A B C D", "rename A B"}) {
+                                  "get A B C D", "rename A B", "list A B"}) {
         int status = -1;
         const std::string output = Cli(arguments, &status);
         EXPECT_EQ(status, 2) << arguments;
