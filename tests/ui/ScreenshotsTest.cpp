@@ -4,6 +4,8 @@
 #include "support/QtTestApp.h"
 #include "support/TempHome.h"
 #include "ui/MainWindow.h"
+#include "ui/PreferencesDialog.h"
+#include "ui/SetupWizardDialog.h"
 #include "ui/ProgressDialog.h"
 #include "ui/QtMainThreadQueue.h"
 #include "ui/RecordingWindow.h"
@@ -14,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QPushButton>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTest>
 
@@ -123,6 +127,33 @@ TEST_F(Screenshots, MainWindowAndProgress) {
         many.show();
         Save(many, "tag-editor-list");
     }
+}
+
+TEST_F(Screenshots, WizardAndPreferences) {
+    TempHome home;
+    LQtMainThreadQueue queue;
+    LMainThreadQueue::SetCurrent(&queue);
+    {
+        LSetupWizardDialog wizard(nullptr, [] {});
+        ASSERT_TRUE(wizard.Start());
+        wizard.show();
+        const char* names[] = {"wizard-1-introduction", "wizard-2-source", "wizard-3-volume",
+                               "wizard-4-noise", "wizard-5-restoration", "wizard-6-output",
+                               "wizard-7-final"};
+        for (const char* name : names) {
+            Save(wizard, name);
+            wizard.NextButton()->click();
+        }
+    }
+    {
+        LPreferencesDialog preferences(nullptr, home.Path().string(),
+                                       [](const std::string&) { return true; });
+        preferences.show();
+        Save(preferences, "preferences-general");
+        preferences.Tabs()->setCurrentIndex(1);
+        Save(preferences, "preferences-audio");
+    }
+    LMainThreadQueue::SetCurrent(nullptr);
 }
 
 } // namespace

@@ -2,11 +2,10 @@
 #include "app/AppStartup.h"
 #include "platform/ProgramInfo.h"
 #include "ui/DesktopInstaller.h"
+#include "ui/DesktopWindows.h"
 #include "ui/MainWindow.h"
 #include "ui/QtMainThreadQueue.h"
 #include "ui/QtUserInteraction.h"
-#include "ui/RecordingWindow.h"
-#include "ui/TagEditorDialogs.h"
 
 #include <QApplication>
 
@@ -31,16 +30,8 @@ int main(int argc, char** argv) {
     LQtUserInteraction interaction;
     const LAppStartup startup(queue, &interaction);
 
-    LMainDialogWindows windows;
     LMainWindow* shown = nullptr;
-    windows.recordingWindow = [&shown] {
-        LRecordingWindow recording(shown->Dialog(), shown);
-        recording.exec();
-    };
-    windows.editTag = [&shown](LAudioTagData& tags, const std::string& path) {
-        return LEditTagsOfFile(shown, tags, path);
-    };
-    windows.editTagList = [&shown](LAudioTagData& tags) { return LEditTagsOfFiles(shown, tags); };
+    const LMainDialogWindows windows = LDesktopWindows(&shown);
     LMainWindow window{windows};
     shown = &window;
     interaction.SetParentWindow([&window] { return &window; });

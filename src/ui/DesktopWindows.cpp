@@ -1,0 +1,35 @@
+#include "ui/DesktopWindows.h"
+
+#include "ui/MainWindow.h"
+#include "ui/PreferencesDialog.h"
+#include "ui/RecordingWindow.h"
+#include "ui/SetupWizardDialog.h"
+#include "ui/TagEditorDialogs.h"
+
+LMainDialogWindows LDesktopWindows(LMainWindow* const* shown) {
+    LMainDialogWindows windows;
+    windows.recordingWindow = [shown] {
+        LRecordingWindow recording((*shown)->Dialog(), *shown);
+        recording.exec();
+    };
+    windows.wizard = [shown] {
+        LSetupWizardDialog wizard(*shown, [shown] {
+            (*shown)->Dialog().Post(WM_OPEN_RECORDING_WINDOW);
+        });
+        wizard.exec();
+    };
+    windows.preferences = [shown] {
+        MainDialog& dialog = (*shown)->Dialog();
+        LPreferencesDialog preferences(*shown, MainDialog::GetVNOutputFolder(),
+                                       [&dialog](const std::string& folder) {
+                                           return MainDialog::SetVNOutputFolder(&dialog,
+                                                                                folder.c_str());
+                                       });
+        preferences.exec();
+    };
+    windows.editTag = [shown](LAudioTagData& tags, const std::string& path) {
+        return LEditTagsOfFile(*shown, tags, path);
+    };
+    windows.editTagList = [shown](LAudioTagData& tags) { return LEditTagsOfFiles(*shown, tags); };
+    return windows;
+}
