@@ -3,6 +3,7 @@
 #include "jobs/UserInteraction.h"
 #include "record/RecordingOutput.h"
 #include "ui/DevicePicker.h"
+#include "ui/EncoderSettingsDialogs.h"
 #include "ui/LevelMeter.h"
 
 #include <QButtonGroup>
@@ -371,6 +372,15 @@ QWidget* LSetupWizardDialog::OutputPage() {
     row->addWidget(copyFolder_, 1);
     row->addWidget(browse);
     layout->addRow(makeCopy_, row);
+    auto* mp3 = new QPushButton("&MP3 Settings...", page);
+    auto* wave = new QPushButton("&WAV Settings...", page);
+    connect(mp3, &QPushButton::clicked, this, [this] { LEditMp3EncoderSettings(this); });
+    connect(wave, &QPushButton::clicked, this, [this] { LEditWaveEncoderSettings(this); });
+    auto* encoders = new QHBoxLayout;
+    encoders->addWidget(mp3);
+    encoders->addWidget(wave);
+    encoders->addStretch(1);
+    layout->addRow("Encoders:", encoders);
     return page;
 }
 

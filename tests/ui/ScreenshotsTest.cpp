@@ -3,6 +3,7 @@
 #include "platform/Settings.h"
 #include "support/QtTestApp.h"
 #include "support/TempHome.h"
+#include "ui/EncoderSettingsDialogs.h"
 #include "ui/MainWindow.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/SetupWizardDialog.h"
@@ -16,7 +17,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QDialog>
 #include <QPushButton>
+#include <QTimer>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
@@ -152,6 +155,16 @@ TEST_F(Screenshots, WizardAndPreferences) {
         Save(preferences, "preferences-general");
         preferences.Tabs()->setCurrentIndex(1);
         Save(preferences, "preferences-audio");
+    }
+    for (const auto& [name, edit] : {std::pair{"encoder-mp3", &LEditMp3EncoderSettings},
+                                     std::pair{"encoder-wave", &LEditWaveEncoderSettings}}) {
+        QTimer::singleShot(100, [name] {
+            QWidget* dialog = QApplication::activeModalWidget();
+            ASSERT_NE(dialog, nullptr);
+            Save(*dialog, name);
+            static_cast<QDialog*>(dialog)->reject();
+        });
+        EXPECT_FALSE(edit(nullptr));
     }
     LMainThreadQueue::SetCurrent(nullptr);
 }
