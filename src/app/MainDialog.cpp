@@ -16,6 +16,8 @@
 #include "platform/ProgramInfo.h"
 #include "platform/Settings.h"
 #include "platform/UserFolders.h"
+#include "play/JoinJob.h"
+#include "play/SplitJob.h"
 #include "sound/SoundTime.h"
 #include "tags/AudioTagData.h"
 
@@ -29,6 +31,8 @@ namespace {
 
 constexpr const char* kOutputFolderKey = "AppOutputFolder";
 constexpr const char* kQueueCountIdle = "No Files Queued";
+constexpr const char* kMissingFile =
+    "The specified file \"%s\" does not exist. It may have been moved, renamed or deleted.";
 
 bool IsListedType(const std::string& path) {
     return LFindAudioFileType(path.c_str()) != nullptr;
@@ -143,9 +147,6 @@ bool MainDialog::IsCommandEnabled(int id) const {
     case CM_PLAY_OR_SPLIT:
         if (!windows_.playAndSplit) return false;
         break;
-    case CM_JOIN_FILES:
-        if (!windows_.joinFiles) return false;
-        break;
     case CM_BURN_AUDIO_CD:
     case CM_BURN_DATA_DISC:
         if (!windows_.burn) return false;
@@ -203,7 +204,7 @@ void MainDialog::RunCommand(int id) {
         CmPlay();
         break;
     case CM_JOIN_FILES:
-        CmJoin();
+        CmJoinFiles();
         break;
     case CM_SELECT_ALL:
         list_.SelectAll();
@@ -310,8 +311,21 @@ void MainDialog::OnMessage(int message, const std::string& text, int value) {
 }
 
 void MainDialog::SplitFile(const std::string& path, const std::vector<int>& positions) {
-    if (!windows_.splitFile) return;
-    windows_.splitFile(path, positions);
+    if (!Exists(path)) {
+        const std::string text = Printf(kMissingFile, path.c_str());
+        Tell(text);
+        LOGWARN("%s", text.c_str());
+        return;
+    }
+    LSplitFileProcessData job{path.c_str(), positions, {}};
+    const LProcessResult result = view_.RunJob(
+        "Splitting Files", [&job](LProcessInterface& progress) { return Process(progress, job); });
+    if (result == PROCESS_FAILED) {
+        Tell("Error: File Split FAILED", "Error");
+        LOGERROR("Error: File Split FAILED");
+    } else {
+        RefreshFileList();
+    }
     UserInteraction().ShowDockNotice("File splitting is finished");
 }
 
@@ -581,8 +595,57 @@ void MainDialog::CmPlay() {
     if (!windows_.playAndSplit(PathOf(row))) Tell("Cannot play the selected file.");
 }
 
-void MainDialog::CmJoin() {
-    windows_.joinFiles(SelectedPaths());
+void MainDialog::CmJoinFiles() {
+    const std::vector<std::string> selected = SelectedPaths();
+    if (selected.size() < 2) {
+        Tell("You must select more than one file to join.");
+        return;
+    }
+    if (selected.size() > 3) {
+        Tell("You cannot select more than 3 files to join at the one time.");
+        return;
+    }
+    LJoinFiles job;
+    job.outputFolder = GetVNOutputFolder();
+    for (const std::string& path : selected) {
+        if (Exists(path))
+            job.paths.push_back(path);
+        else
+            LOGWARN(kMissingFile, path.c_str());
+    }
+    if (job.paths.empty()) {
+        Tell("The files you have selected to join do not appear to exist. They may have been "
+             "renamed, moved or deleted.");
+        return;
+    }
+    const LProcessResult result = view_.RunJob(
+        "Joining Files", [&job](LProcessInterface& progress) { return Process(progress, job); });
+    if (result != PROCESS_DONE) {
+        Tell("Error: File Join FAILED", "Error");
+        LOGERROR("Error: File Join FAILED");
+        return;
+    }
+    AddFileToList(job.output.c_str(), false, false);
+    if (job.paths.size() != selected.size())
+        Tell("One or more of the files you have selected to join do not appear to exist. They "
+             "may have been renamed, moved or deleted. See the Vinora Records Vinyl to CD "
+             "Converter Logs for more information.");
+    CopyJoinedToOutputFolder(job.output);
+}
+
+void MainDialog::CopyJoinedToOutputFolder(const std::string& path) {
+    const int format = LUserSettingGet<int>("OutputFormat", "OutputFormatNum", 0);
+    if (format != 0 && format != 1) return;
+    const std::string folder =
+        LUserSettingGetString("OutputFormat", "OutputFolder", GetDefaultOutputFolder().c_str());
+    const std::string target = Join(folder, FileOf(path));
+    if (target == path) return;
+    if (CreateFolderTree(folder.c_str()) && CopyFile(path.c_str(), target.c_str()))
+        LOG("Copying of file \"%s\" to destination folder %s was successful.", path.c_str(),
+            folder.c_str());
+    else
+        LOGERROR("Attempt to copy file \"%s\" to the destination folder %s has failed.",
+                 path.c_str(), folder.c_str());
 }
 
 void MainDialog::OpenWizard() {

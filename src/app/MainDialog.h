@@ -49,8 +49,6 @@ struct LMainDialogWindows {
     std::function<void()> preferences;
     // False when the file cannot be played.
     std::function<bool(const std::string& path)> playAndSplit;
-    std::function<void(const std::vector<std::string>& paths)> joinFiles;
-    std::function<void(const std::string& path, const std::vector<int>& positions)> splitFile;
     std::function<void(bool audio)> burn;
     std::function<void()> ejectDisc;
     std::function<void()> eraseDisc;
@@ -83,7 +81,7 @@ public:
     // Posted messages: the queue's (LMainNotifyTarget) and the others of LMainWindowMessage.
     void OnMainNotify(int message, const std::string& text, int value) override;
     void OnMessage(int message, const std::string& text, int value);
-    // The play-and-split window's split request.
+    // The play-and-split window's split request: cuts the file behind a progress window.
     void SplitFile(const std::string& path, const std::vector<int>& positions);
     // Posts a message to this window through the main-thread queue; dropped once it is gone.
     void Post(int message, const std::string& text = {}, int value = 0);
@@ -137,7 +135,9 @@ private:
     void CmEditSelectedTags();
     void CmMove(int step);
     void CmPlay();
-    void CmJoin();
+    void CmJoinFiles();
+    // Copies a joined file into the save-to-computer folder when that format is chosen.
+    void CopyJoinedToOutputFolder(const std::string& path);
     void OpenWizard();
     std::vector<std::string> SelectedPaths() const;
 

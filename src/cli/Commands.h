@@ -20,3 +20,5 @@ int CliRecord(const CliArgs& args);
 int CliSplitSide(const CliArgs& args);
 int CliNoiseFloor(const CliArgs& args);
 int CliDemo(const CliArgs& args);
+int CliSplit(const CliArgs& args);
+int CliJoin(const CliArgs& args);

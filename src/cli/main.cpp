@@ -33,6 +33,8 @@ const CliCommand kCommands[] = {
     {"split-side", CliSplitSide, "split-side FILE [--floor DB]"},
     {"noise-floor", CliNoiseFloor, "noise-floor [--device NAME]"},
     {"demo", CliDemo, "demo"},
+    {"split", CliSplit, "split FILE --at TIME [--at TIME]..."},
+    {"join", CliJoin, "join FILE FILE [FILE] [--folder DIR]"},
 };
 
 void PrintHelp(FILE* out) {

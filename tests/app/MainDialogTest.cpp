@@ -188,7 +188,7 @@ TEST_F(MainDialogTest, EnabledStatesFollowTheSelectionAndTheWindowsThatExist) {
     dialog.List().SelectOnly(0);
     EXPECT_TRUE(dialog.IsCommandEnabled(CM_REMOVE_FILES));
     EXPECT_TRUE(dialog.IsCommandEnabled(CM_EDIT_TAG));
-    EXPECT_FALSE(dialog.IsCommandEnabled(CM_JOIN_FILES));
+    EXPECT_TRUE(dialog.IsCommandEnabled(CM_JOIN_FILES)); // explains itself with one file
 }
 
 TEST_F(MainDialogTest, QueueMessagesUpdateTheStatusPanes) {
@@ -242,3 +242,29 @@ TEST_F(MainDialogTest, TagEditsGoToTheCopyFolderToo) {
 }
 
 } // namespace
+
+TEST_F(MainDialogTest, JoinsTwoOrThreeFilesAndSplitsIntoTheList) {
+    for (const char* name : {"a.wav", "b.wav", "c.wav", "d.wav"})
+        Tone(output / name);
+    LUserSettingSetString("OutputFormat", "OutputFolder", elsewhere.c_str());
+    dialog.RefreshFileList();
+    dialog.List().SelectAll();
+    dialog.RunCommand(CM_JOIN_FILES);
+    EXPECT_EQ(Texts(), std::vector<std::string>{
+                           "You cannot select more than 3 files to join at the one time."});
+    EXPECT_EQ(dialog.List().Count(), 4);
+
+    dialog.List().SelectOnly(0);
+    dialog.List().Select(1, true);
+    dialog.RunCommand(CM_JOIN_FILES);
+    EXPECT_TRUE(fs::exists(output / "a_b_JOINED.wav"));
+    EXPECT_TRUE(fs::exists(elsewhere / "a_b_JOINED.wav")); // the save-to-computer copy
+    EXPECT_GE(dialog.List().Find("a_b_JOINED.wav"), 0);
+
+    dialog.SplitFile((output / "c.wav").string(), {22050});
+    EXPECT_GE(dialog.List().Find("c_SPLIT_00.wav"), 0);
+    EXPECT_GE(dialog.List().Find("c_SPLIT_01.wav"), 0);
+    EXPECT_EQ(Texts().back(), "File splitting is finished");
+    dialog.SplitFile((output / "gone.wav").string(), {22050});
+    EXPECT_NE(Texts().back().find("does not exist"), std::string::npos);
+}
