@@ -303,17 +303,22 @@ void LVNPlayDlg::CmRemovePoint() {
     view_.SplitPointsChanged();
 }
 
+std::vector<int> LVNPlayDlg::SplitFrames() const {
+    std::vector<int> frames;
+    for (const std::string& point : points_) {
+        LSoundTime time;
+        time.SetText(point.c_str());
+        frames.push_back(time.GetSamples(sampleRate_));
+    }
+    return frames;
+}
+
 void LVNPlayDlg::CmSplit() {
     if (points_.empty()) {
         view_.ShowSplitTip("Please add one or more split points");
         return;
     }
-    std::vector<int> positions;
-    for (const std::string& point : points_) {
-        LSoundTime time;
-        time.SetText(point.c_str());
-        positions.push_back(time.GetSamples(sampleRate_));
-    }
+    std::vector<int> positions = SplitFrames();
     std::sort(positions.begin(), positions.end());
     if (split_) split_(info_.path, positions);
 }

@@ -183,6 +183,8 @@ public:
     void SelectPoint(int index);
 
     const std::vector<std::string>& SplitPoints() const { return points_; }
+    // The split points as frames of the file, in list order.
+    std::vector<int> SplitFrames() const;
     int SelectedPoint() const { return selected_; }
 
 private:

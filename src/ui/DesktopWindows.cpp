@@ -1,6 +1,7 @@
 #include "ui/DesktopWindows.h"
 
 #include "ui/MainWindow.h"
+#include "ui/PlayAndSplitWindow.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/RecordingWindow.h"
 #include "ui/SetupWizardDialog.h"
@@ -26,6 +27,15 @@ LMainDialogWindows LDesktopWindows(LMainWindow* const* shown) {
                                                                                 folder.c_str());
                                        });
         preferences.exec();
+    };
+    windows.playAndSplit = [shown](const std::string& path) {
+        MainDialog& dialog = (*shown)->Dialog();
+        return VNPlay(
+            *shown, path,
+            [&dialog](const std::string& file, const std::vector<int>& positions) {
+                dialog.SplitFile(file, positions);
+            },
+            [&dialog] { dialog.Post(WM_RELOAD_LIST); });
     };
     windows.editTag = [shown](LAudioTagData& tags, const std::string& path) {
         return LEditTagsOfFile(*shown, tags, path);

@@ -156,7 +156,9 @@ TEST_F(PlayerWindowTest, ScanningUsesTheSpeedStageAndThenDoesWhatThePlayerWasDoi
         EXPECT_EQ(output.playing, c.playingAfter) << c.state;
         EXPECT_EQ(dialog.IsPaused(), c.pausedAfter) << c.state;
         EXPECT_EQ(dialog.GetTime().GetMS(), 2500) << c.state;
-        if (c.playingAfter) EXPECT_EQ(output.started->GetPositionSample(), 110250);
+        if (c.playingAfter) {
+            EXPECT_EQ(output.started->GetPositionSample(), 110250);
+        }
     }
     // Playback that ends during a scan ends the scan.
     dialog.Command(pcForwardDown);

@@ -5,6 +5,7 @@
 #include "support/TempHome.h"
 #include "ui/EncoderSettingsDialogs.h"
 #include "ui/MainWindow.h"
+#include "ui/PlayAndSplitWindow.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/SetupWizardDialog.h"
 #include "ui/ProgressDialog.h"
@@ -166,6 +167,38 @@ TEST_F(Screenshots, WizardAndPreferences) {
         });
         EXPECT_FALSE(edit(nullptr));
     }
+    LMainThreadQueue::SetCurrent(nullptr);
+}
+
+TEST_F(Screenshots, PlayAndSplit) {
+    TempHome home;
+    LQtMainThreadQueue queue;
+    LMainThreadQueue::SetCurrent(&queue);
+    setenv("VINORA_VIRTUAL_SPEAKER", ((home.Path() / "speaker.wav").string() + ",speed=0").c_str(), 1);
+    const fs::path song = home.Path() / "Side A 03.wav";
+    RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(song) +
+               " synth 30 pinknoise tremolo 3 90 vol 0.7 fade 0 30 1");
+    {
+        LPlayAndSplitWindow window(song.string(), [](const std::string&, const std::vector<int>&) {},
+                                   [] {}, nullptr);
+        window.resize(760, 440);
+        window.show();
+        window.Start();
+        window.Logic().Command(pcStop);
+        window.Logic().SetTime(LSoundTime(12000));
+        for (int frame : {12000 * 441 / 10 - 20000, 12000 * 441 / 10 + 26000}) {
+            window.Logic().Wave().SetCursor(frame);
+            window.Logic().Command(pcAddCursorPoint);
+        }
+        window.Logic().SetTime(LSoundTime(12000));
+        std::vector<uint8_t> columns;
+        EXPECT_TRUE(QTest::qWaitFor([&] {
+            window.Logic().Wave().CopyColumns(columns);
+            return !columns.empty() && columns.back() > 0;
+        }, 5000));
+        Save(window, "play-and-split");
+    }
+    unsetenv("VINORA_VIRTUAL_SPEAKER");
     LMainThreadQueue::SetCurrent(nullptr);
 }
 
