@@ -145,6 +145,8 @@ void LWaveControl::ThreadFunction() {
         View view;
         bool moved = false;
         bool lengthChanged = false;
+        // Cleared before the flags are read, so that a change made in between still wakes us.
+        wake_.Reset();
         {
             std::lock_guard hold(lock_);
             moved = std::exchange(moved_, false);
@@ -154,7 +156,6 @@ void LWaveControl::ThreadFunction() {
             view.width = width_;
         }
         if (!moved && !lengthChanged) {
-            wake_.Reset();
             if (ProcessWaitSignal(wake_, kIdleWaitMs) == WAIT_STOPPED) break;
             continue;
         }
