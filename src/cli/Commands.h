@@ -22,3 +22,4 @@ int CliNoiseFloor(const CliArgs& args);
 int CliDemo(const CliArgs& args);
 int CliSplit(const CliArgs& args);
 int CliJoin(const CliArgs& args);
+int CliMkiso(const CliArgs& args);

@@ -35,6 +35,7 @@ const CliCommand kCommands[] = {
     {"demo", CliDemo, "demo"},
     {"split", CliSplit, "split FILE --at TIME [--at TIME]..."},
     {"join", CliJoin, "join FILE FILE [FILE] [--folder DIR]"},
+    {"mkiso", CliMkiso, "mkiso OUT.iso [--label L] [--project N] [--boot FILE] PATH..."},
 };
 
 void PrintHelp(FILE* out) {

@@ -1,7 +1,8 @@
 # Fails when a source folder includes a header of a folder above it in the layer order: each
-# folder may include its own headers and those of the folders before it. burn and disc sit
-# beside each other, as do ui and cli. Run as: cmake -DSOURCE_DIR=<src> -P IncludeLayers.cmake
-set(layers jobs platform sound codecs tags restore devices play record "burn disc" drives app
+# folder may include its own headers and those of the folders before it. disc builds on burn's
+# vocabulary (error codes, media and project types, settings); ui and cli sit beside each other.
+# Run as: cmake -DSOURCE_DIR=<src> -P IncludeLayers.cmake
+set(layers jobs platform sound codecs tags restore devices play record burn disc drives app
     "ui cli")
 
 set(rank 0)

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "burn/BurnErrorCode.h"
+#include "burn/BurnMediaTypes.h"
+#include "disc/BufferVector.h"
+#include "disc/Compilation.h"
+#include "disc/ISOJolietFileSystem.h"
+#include "disc/UDFFileSystem.h"
+#include "jobs/SignalObject.h"
+#include "jobs/Thread.h"
+
+#include <ctime>
+#include <string>
+
+// Which file systems a project gets.
+struct LProjectFileSystems {
+    bool iso = false;
+    bool joliet = false;
+    bool udf = false;
+};
+LProjectFileSystems GetProjectFileSystems(int project);
+
+// Lays out a data disc image of a compilation on its own thread: the system area (boot image,
+// volume descriptors, UDF sequences, path tables), the directory areas of the ISO 9660, Joliet
+// and UDF trees, the place of every file's data, and the closing anchor; then streams the image
+// sector by sector, reading each file when its sectors come.
+class LHybridDataDisk : public LThread {
+public:
+    // The priority of the build: the lowest, so recording and playing never wait for it.
+    static constexpr int kBuildPriority = 0;
+
+    // `sourceImage` non-empty: the image is that existing file instead. `bootImage` non-empty:
+    // its first 32768 bytes fill sectors 0 to 15.
+    LHybridDataDisk(LAbstractFileSystem& compilation, int project, int media,
+                    std::string sourceImage = {}, std::string bootImage = {});
+    ~LHybridDataDisk() override;
+
+    // Builds the areas on the calling thread; false with Error() set.
+    bool Build();
+    // Set when the thread's build has ended.
+    LSignalObject& Done() { return done_; }
+    const BurnErrorCode& Error() const { return error_; }
+
+    // The image's sectors: the last one and the count.
+    uint32_t LastSector() const { return lastSector_; }
+    uint32_t SectorCount() const { return lastSector_ + 1; }
+    const LProjectFileSystems& FileSystems() const { return systems_; }
+
+    // Writes the whole image into the open file `fd`; the error of the write (1 when stopped,
+    // 41 with the path of each source file that could not be read, its sectors written as
+    // zeros). The build must have ended without error.
+    BurnErrorCode BurnCompilation(LProcessInterface& progress, int fd);
+
+protected:
+    void ThreadFunction() override;
+
+private:
+    bool Fail(BurnErrorCodeValue code, const std::string& detail);
+    bool BuildFileSystems(std::time_t now);
+
+    LAbstractFileSystem& compilation_;
+    int project_;
+    int media_;
+    std::string sourceImage_;
+    std::string bootImage_;
+    LProjectFileSystems systems_;
+    LISOJolietFileSystem iso_{false};
+    LISOJolietFileSystem joliet_{true};
+    std::unique_ptr<LUDFFileSystem> udf_;
+    LBufferVector system_{526336};
+    LBufferVector directories_{2048000};
+    LBufferVector closing_{kSectorSize};
+    uint32_t directoryStart_ = 0;
+    uint32_t fileStart_ = 0;
+    uint32_t closingSector_ = 0;
+    uint32_t lastSector_ = 0;
+    uint64_t sourceBytes_ = 0;
+    BurnErrorCode error_;
+    LSignalObject done_;
+};

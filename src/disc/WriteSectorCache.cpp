@@ -1,0 +1,71 @@
+#include "disc/WriteSectorCache.h"
+
+#include "disc/BufferVector.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+WriteSectorCache::WriteSectorCache(int fd, size_t sectorsPerWrite)
+    : fd_(fd), buffer_(sectorsPerWrite * kSectorSize) {}
+
+bool WriteSectorCache::WriteAll(const uint8_t* data, size_t size) {
+    while (size > 0) {
+        const ssize_t written = ::write(fd_, data, size);
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        data += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
+bool WriteSectorCache::WriteDataToCache(const void* data, size_t size) {
+    const auto* bytes = static_cast<const uint8_t*>(data);
+    while (size > 0) {
+        // Whole runs go straight to the file when nothing is gathered.
+        if (fill_ == 0 && size >= buffer_.size()) {
+            const size_t run = size / buffer_.size() * buffer_.size();
+            if (!WriteAll(bytes, run)) return false;
+            nextSector_ += run / kSectorSize;
+            bytes += run;
+            size -= run;
+            continue;
+        }
+        const size_t take = std::min(size, buffer_.size() - fill_);
+        std::memcpy(buffer_.data() + fill_, bytes, take);
+        fill_ += take;
+        bytes += take;
+        size -= take;
+        if (fill_ == buffer_.size() && !FlushSectorCache()) return false;
+    }
+    return true;
+}
+
+bool WriteSectorCache::WriteZeroSectors(uint64_t sectors) {
+    if (!FlushSectorCache()) return false;
+    std::fill(buffer_.begin(), buffer_.end(), 0);
+    const uint64_t run = buffer_.size() / kSectorSize;
+    for (uint64_t left = sectors; left > 0;) {
+        const uint64_t now = std::min(left, run);
+        if (!WriteAll(buffer_.data(), now * kSectorSize)) return false;
+        nextSector_ += now;
+        left -= now;
+    }
+    return true;
+}
+
+bool WriteSectorCache::FlushSectorCache() {
+    if (fill_ == 0) return true;
+    const size_t sectors = (fill_ + kSectorSize - 1) / kSectorSize;
+    std::memset(buffer_.data() + fill_, 0, sectors * kSectorSize - fill_);
+    if (!WriteAll(buffer_.data(), sectors * kSectorSize)) return false;
+    nextSector_ += sectors;
+    fill_ = 0;
+    return true;
+}
+
+uint64_t WriteSectorCache::NextSector() const {
+    return nextSector_ + (fill_ + kSectorSize - 1) / kSectorSize;
+}

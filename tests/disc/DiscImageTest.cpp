@@ -1,0 +1,212 @@
+// Disc images built from small trees, read back sector by sector: names, order, sectors and
+// descriptors of the ISO 9660 and Joliet trees, the project table, stops and vanished files.
+#include "disc/BurnDataDisk.h"
+#include "disc/HybridDataDisk.h"
+#include "disc/ISONames.h"
+#include "support/RecordingProgress.h"
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Entry {
+    std::string id;
+    uint32_t sector;
+    uint32_t size;
+};
+
+uint32_t LE32(const uint8_t* p) {
+    return p[0] | p[1] << 8 | p[2] << 16 | uint32_t{p[3]} << 24;
+}
+
+class DiscImageTest : public testing::Test {
+protected:
+    fs::path File(const std::string& name, const std::string& content = "x") {
+        const fs::path path = tree / name;
+        fs::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << content;
+        return path;
+    }
+
+    // Builds the tree's image; the result of the job.
+    LProcessResult Build(int project, const std::string& label = "my disc", int stopAfter = -1,
+                         std::function<void()> beforeWriting = {}) {
+        LAbstractFileSystem compilation;
+        compilation.SetFSVolumeLabel(label);
+        std::string error;
+        for (const fs::directory_entry& entry : fs::directory_iterator(tree))
+            EXPECT_TRUE(compilation.AddPath(entry.path().string(), error)) << error;
+        if (beforeWriting) beforeWriting();
+        LBurnDataDisk job(compilation, image.string(), project);
+        RecordingProgress progress;
+        progress.stopAfter = stopAfter;
+        const LProcessResult result = Process(progress, job);
+        error_ = job.error;
+        bytes_.clear();
+        std::ifstream in(image, std::ios::binary);
+        bytes_.assign(std::istreambuf_iterator<char>(in), {});
+        return result;
+    }
+
+    const uint8_t* Sector(uint32_t sector) const { return bytes_.data() + size_t(sector) * 2048; }
+
+    // The records of a folder (without "." and ".."), identifiers as stored.
+    std::vector<Entry> List(uint32_t sector, uint32_t size) const {
+        std::vector<Entry> entries;
+        for (uint32_t at = 0; at < size;) {
+            const uint8_t* record = Sector(sector) + at;
+            if (record[0] == 0) {
+                at = (at / 2048 + 1) * 2048;
+                continue;
+            }
+            EXPECT_LE(at % 2048 + record[0], 2048u) << "a record crosses a sector";
+            const std::string id(reinterpret_cast<const char*>(record + 33), record[32]);
+            if (id != std::string(1, '\0') && id != std::string(1, '\1'))
+                entries.push_back({id, LE32(record + 2), LE32(record + 10)});
+            at += record[0];
+        }
+        return entries;
+    }
+
+    // The root folder of the tree whose descriptor is at `descriptor`.
+    std::vector<Entry> Root(uint32_t descriptor) const {
+        const uint8_t* d = Sector(descriptor);
+        return List(LE32(d + 158), LE32(d + 166));
+    }
+
+    static std::vector<std::string> Ids(const std::vector<Entry>& entries) {
+        std::vector<std::string> ids;
+        for (const Entry& entry : entries)
+            ids.push_back(entry.id);
+        return ids;
+    }
+
+    static Entry Find(const std::vector<Entry>& entries, const std::string& id) {
+        for (const Entry& entry : entries)
+            if (entry.id == id) return entry;
+        ADD_FAILURE() << "no " << id;
+        return {};
+    }
+
+    std::string Content(const Entry& entry) const {
+        return std::string(reinterpret_cast<const char*>(Sector(entry.sector)), entry.size);
+    }
+
+    TempHome home;
+    fs::path tree = home.Path() / "tree";
+    fs::path image = home.Path() / "out.iso";
+    BurnErrorCode error_;
+    std::vector<uint8_t> bytes_;
+};
+
+TEST_F(DiscImageTest, NamesOrderAndSectorsOfBothTrees) {
+    File("readme", "read me");
+    File("My File.txt");
+    File("Report 1.doc", "with a space");
+    File("Report1.doc", "without");
+    File("a.txt", "small a");
+    File("B.txt", "big B");
+    File("empty");
+
+    ASSERT_EQ(Build(PROJECT_ISO_JOLIET_CD), PROCESS_DONE);
+
+    const std::vector<Entry> iso = Root(16);
+    EXPECT_EQ(Ids(iso), (std::vector<std::string>{"A.TXT;1", "B.TXT;1", "EMPTY;1", "MYFILE.TXT;1",
+                                                   "README;1", "REPORT1.DOC;1", "REPORT12.DOC;1"}));
+    EXPECT_EQ(Content(Find(iso, "REPORT1.DOC;1")), "with a space");
+    EXPECT_EQ(Content(Find(iso, "REPORT12.DOC;1")), "without");
+    // An empty file still takes its sector; readme comes next in the compilation's order.
+    EXPECT_EQ(Find(iso, "README;1").sector, Find(iso, "EMPTY;1").sector + 1);
+
+    const std::vector<Entry> joliet = Root(17);
+    const auto ucs2 = [](const std::string& text) { return LCopyToBigEndianUnicode(text); };
+    EXPECT_EQ(joliet.front().id, ucs2("B.txt;1"));
+    EXPECT_EQ(joliet[4].id, ucs2("a.txt;1"));
+    EXPECT_EQ(Find(joliet, ucs2("a.txt;1")).sector, Find(iso, "A.TXT;1").sector);
+    EXPECT_EQ(Find(joliet, ucs2("B.txt;1")).sector, Find(iso, "B.TXT;1").sector);
+
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(Sector(16) + 40), 32),
+              "MYDISC" + std::string(26, ' '));
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(Sector(17) + 40), 14), ucs2("my disc"));
+    EXPECT_EQ(Sector(17)[54], 0);
+    EXPECT_EQ(Sector(17)[55], ' ');
+    EXPECT_EQ(Sector(18)[0], 255);
+    EXPECT_EQ(LE32(Sector(16) + 80), bytes_.size() / 2048);
+    EXPECT_EQ(bytes_.size() % (16 * 2048), 0u);
+}
+
+TEST_F(DiscImageTest, AFolderOfTwoSectorsOfRecords) {
+    for (int i = 0; i < 60; ++i)
+        File("many/file" + std::to_string(1000 + i) + ".txt", std::to_string(i));
+    ASSERT_EQ(Build(PROJECT_ISO_CD), PROCESS_DONE);
+    const Entry many = Root(16).front();
+    EXPECT_EQ(many.id, "MANY");
+    EXPECT_EQ(many.size, 4096u);
+    const uint8_t* own = Sector(many.sector);
+    EXPECT_EQ(LE32(own + 10), 4096u); // the current-folder record says so too
+    const std::vector<Entry> files = List(many.sector, many.size);
+    ASSERT_EQ(files.size(), 60u);
+    EXPECT_EQ(Content(files[59]), "59");
+    // Only ISO 9660: the terminator follows the primary descriptor.
+    EXPECT_EQ(Sector(17)[0], 255);
+}
+
+TEST_F(DiscImageTest, EachProjectGetsItsFileSystems) {
+    const struct {
+        int project;
+        LProjectFileSystems systems;
+    } table[] = {
+        {0, {}},
+        {1, {true, true, true}},   {2, {true, true, false}},   {3, {true, false, false}},
+        {4, {false, false, true}}, {5, {true, true, true}},    {6, {true, true, false}},
+        {7, {true, false, false}}, {8, {false, false, true}},  {9, {true, true, true}},
+        {10, {true, true, false}}, {11, {false, false, true}}, {12, {true, true, true}},
+        {13, {true, true, false}}, {14, {false, false, true}}, {15, {true, true, true}},
+        {16, {true, true, false}}, {17, {}},                   {18, {true, true, true}},
+    };
+    for (const auto& [project, systems] : table) {
+        const LProjectFileSystems got = GetProjectFileSystems(project);
+        EXPECT_EQ(got.iso, systems.iso) << project;
+        EXPECT_EQ(got.joliet, systems.joliet) << project;
+        EXPECT_EQ(got.udf, systems.udf) << project;
+    }
+}
+
+TEST_F(DiscImageTest, AStopOrAVanishedFileLeavesNoImageAndKeepsAnEarlierOne) {
+    File("one.wav", std::string(100000, 'a'));
+    File("two.wav", std::string(100000, 'b'));
+    std::ofstream(image) << "an earlier image";
+    for (int stopAfter : {0, 1, 3}) {
+        EXPECT_NE(Build(PROJECT_HYBRID_DISK, "x", stopAfter), PROCESS_DONE) << stopAfter;
+        EXPECT_EQ(std::string(bytes_.begin(), bytes_.end()), "an earlier image");
+    }
+    EXPECT_EQ(Build(PROJECT_HYBRID_DISK, "x", -1, [this] { fs::remove(tree / "two.wav"); }),
+              PROCESS_FAILED);
+    EXPECT_EQ(error_.code, 41u);
+    EXPECT_EQ(std::string(bytes_.begin(), bytes_.end()), "an earlier image");
+    for (const fs::directory_entry& entry : fs::directory_iterator(home.Path()))
+        EXPECT_EQ(entry.path().string().find(".part"), std::string::npos) << entry.path();
+}
+
+TEST(DiscNamesTest, IsoAndJolietNames) {
+    EXPECT_EQ(LISOName("readme", false), "README");
+    EXPECT_EQ(LISOName("My File.txt", false), "MYFILE.TXT");
+    EXPECT_EQ(LISOName("...", false), "__.");
+    EXPECT_EQ(LISOName("song.$$", false), "SONG_.");
+    EXPECT_EQ(LISOName("Side A.Takes", true), "SIDEATAK");
+    EXPECT_EQ(LCopyToISO9660("my disc", 32, false), "MYDISC");
+    EXPECT_EQ(LJolietName("bad\x01name?.txt"), "bad_name_.txt");
+    const std::string longName = std::string(70, 'n') + ".mp3";
+    EXPECT_EQ(LJolietName(longName), std::string(59, 'n') + ".mp3");
+    EXPECT_EQ(LJolietName("x." + std::string(70, 'e')), "x." + std::string(6, 'e'));
+    // Never half a character.
+    EXPECT_EQ(LJolietName(std::string(30, 'a') + std::string(20, 'a') + "\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9.flac").size(), 63u);
+}
+
+} // namespace
