@@ -89,7 +89,7 @@ LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
         return PROCESS_STOPPED;
     }
     job.error = builder.BurnCompilation(progress, out.GetFd());
-    if (job.error.code == 0 && (::fsync(out.GetFd()) != 0 || ::rename(partial, job.outputImage.c_str()) != 0))
+    if (job.error.code == 0 && ::rename(partial, job.outputImage.c_str()) != 0)
         job.error = BurnErrorCode(32, job.outputImage.c_str());
     if (job.error.code != 0) {
         discard();

@@ -231,21 +231,14 @@ BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, int 
             progress.SetStatus(item.name.c_str(), 1);
             const uint64_t sectors = std::max<uint64_t>(1, (item.size + kSectorSize - 1) / kSectorSize);
             LFile file(_OpenRead(item.sourcePath.c_str(), 0));
-            uint64_t done = 0;
-            if (!file.IsOpen()) result.AddInformation(41, item.sourcePath.c_str());
-            if (file.IsOpen()) posix_fadvise(file.GetFd(), 0, 0, POSIX_FADV_SEQUENTIAL);
-            while (file.IsOpen() && done < item.size) {
-                const ssize_t got = file.Read(chunk.data(), std::min<uint64_t>(chunk.size(), item.size - done));
-                if (got <= 0) {
-                    result.AddInformation(41, item.sourcePath.c_str());
-                    break;
-                }
-                if (!cache.WriteDataToCache(chunk.data(), static_cast<size_t>(got))) {
-                    writeFailed = true;
-                    return;
-                }
-                done += static_cast<uint64_t>(got);
+            int64_t done = 0;
+            if (file.IsOpen()) done = cache.CopyFromFile(file.GetFd(), item.size);
+            if (done < 0) {
+                writeFailed = true;
+                return;
             }
+            if (!file.IsOpen() || static_cast<uint64_t>(done) < item.size)
+                result.AddInformation(41, item.sourcePath.c_str());
             // A file that shrank or could not be read keeps its sectors, as zeros.
             if (!cache.FlushSectorCache() ||
                 !cache.WriteZeroSectors(item.sector + sectors - cache.NextSector())) {

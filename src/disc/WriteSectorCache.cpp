@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 
 WriteSectorCache::WriteSectorCache(int fd, size_t sectorsPerWrite)
@@ -41,6 +42,45 @@ bool WriteSectorCache::WriteDataToCache(const void* data, size_t size) {
         if (fill_ == buffer_.size() && !FlushSectorCache()) return false;
     }
     return true;
+}
+
+int64_t WriteSectorCache::CopyFromFile(int fd, uint64_t size) {
+    if (!FlushSectorCache()) return -1;
+    uint64_t done = 0;
+    bool kernel = true;
+    while (done < size) {
+        if (kernel) {
+            loff_t from = static_cast<loff_t>(done);
+            const ssize_t copied = copy_file_range(fd, &from, fd_, nullptr, size - done, 0);
+            if (copied > 0) {
+                done += static_cast<uint64_t>(copied);
+                continue;
+            }
+            if (copied == 0) break;
+            if (errno == EINTR) continue;
+            // Not possible between these files: copy through the buffer from here on.
+            kernel = false;
+            if (lseek(fd, static_cast<off_t>(done), SEEK_SET) < 0) break;
+        }
+        const size_t want = static_cast<size_t>(std::min<uint64_t>(buffer_.size(), size - done));
+        const ssize_t got = ::read(fd, buffer_.data(), want);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        if (!WriteAll(buffer_.data(), static_cast<size_t>(got))) return -1;
+        done += static_cast<uint64_t>(got);
+    }
+    nextSector_ += done / kSectorSize;
+    // The last partial sector: its zeros go through the buffer.
+    fill_ = done % kSectorSize;
+    if (fill_) {
+        // The partial sector's bytes are already in the file; write only its padding.
+        const size_t pad = kSectorSize - fill_;
+        std::memset(buffer_.data(), 0, pad);
+        fill_ = 0;
+        if (!WriteAll(buffer_.data(), pad)) return -1;
+        ++nextSector_;
+    }
+    return static_cast<int64_t>(done);
 }
 
 bool WriteSectorCache::WriteZeroSectors(uint64_t sectors) {

@@ -11,6 +11,10 @@ public:
 
     // Appends data; false when a write failed.
     bool WriteDataToCache(const void* data, size_t size);
+    // Appends up to `size` bytes of the open file `fd` from its start, copied by the kernel
+    // where it can, the last sector padded with zeros; the bytes copied (fewer when the file
+    // is shorter), or -1 when a write failed.
+    int64_t CopyFromFile(int fd, uint64_t size);
     // Appends zero sectors.
     bool WriteZeroSectors(uint64_t sectors);
     // Writes what is gathered, its last sector padded with zeros.

@@ -194,6 +194,26 @@ TEST_F(DiscImageTest, AStopOrAVanishedFileLeavesNoImageAndKeepsAnEarlierOne) {
         EXPECT_EQ(entry.path().string().find(".part"), std::string::npos) << entry.path();
 }
 
+TEST_F(DiscImageTest, TheCompilationRenamesClashesAndCarriesSizesUp) {
+    const fs::path first = File("a/song.wav", std::string(3000, 'a'));
+    const fs::path second = File("b/song.wav", std::string(10, 'b'));
+    File("c/deeper/x.bin", std::string(5000, 'c'));
+    LAbstractFileSystem compilation;
+    std::string error;
+    ASSERT_TRUE(compilation.AddPath(first.string(), error));
+    ASSERT_TRUE(compilation.AddPath(second.string(), error));
+    ASSERT_TRUE(compilation.AddPath((tree / "c").string(), error));
+    EXPECT_FALSE(compilation.AddPath((tree / "nothing").string(), error));
+    EXPECT_NE(error.find("does not exist"), std::string::npos);
+    const auto& children = compilation.Root().children;
+    ASSERT_EQ(children.size(), 3u);
+    EXPECT_EQ(children.at("song2.wav")->sourcePath, second.string());
+    EXPECT_EQ(compilation.Root().size, 8010u);
+    EXPECT_EQ(compilation.Root().allocatedSize, 4096u + 2048u + 6144u);
+    EXPECT_EQ(compilation.Root().subfolderCount, 1u);
+    EXPECT_EQ(children.at("c")->size, 5000u);
+}
+
 TEST(DiscNamesTest, IsoAndJolietNames) {
     EXPECT_EQ(LISOName("readme", false), "README");
     EXPECT_EQ(LISOName("My File.txt", false), "MYFILE.TXT");
