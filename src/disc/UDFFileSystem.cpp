@@ -135,6 +135,15 @@ struct CrcTable {
     }
 };
 
+// An anchor volume descriptor pointer to both descriptor sequences.
+void Anchor(uint8_t* d, uint32_t location) {
+    Put32(d + 16, kSequenceBytes);
+    Put32(d + 20, kMainSequence);
+    Put32(d + 24, kSequenceBytes);
+    Put32(d + 28, kReserveSequence);
+    FinishTag(d, TAG_ANCHOR, location, 512);
+}
+
 uint32_t Sectors(uint64_t bytes) {
     return static_cast<uint32_t>((bytes + kSectorSize - 1) / kSectorSize);
 }
@@ -437,20 +446,12 @@ void LUDFFileSystem::BuildSystemArea(LBufferVector& system, uint32_t recognition
     system.WriteAt(static_cast<size_t>(kIntegritySequence + 1) * kSectorSize, terminator, kSectorSize);
 
     uint8_t anchor[kSectorSize] = {};
-    Put32(anchor + 16, kSequenceBytes);
-    Put32(anchor + 20, kMainSequence);
-    Put32(anchor + 24, kSequenceBytes);
-    Put32(anchor + 28, kReserveSequence);
-    FinishTag(anchor, TAG_ANCHOR, kAnchor, 512);
+    Anchor(anchor, kAnchor);
     system.WriteAt(static_cast<size_t>(kAnchor) * kSectorSize, anchor, kSectorSize);
 }
 
 void LUDFFileSystem::BuildClosingArea(LBufferVector& closing, uint32_t lastSector) const {
     uint8_t anchor[kSectorSize] = {};
-    Put32(anchor + 16, kSequenceBytes);
-    Put32(anchor + 20, kMainSequence);
-    Put32(anchor + 24, kSequenceBytes);
-    Put32(anchor + 28, kReserveSequence);
-    FinishTag(anchor, TAG_ANCHOR, lastSector, 512);
+    Anchor(anchor, lastSector);
     closing.AddData(anchor, kSectorSize);
 }
