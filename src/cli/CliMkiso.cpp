@@ -20,7 +20,8 @@ constexpr const char* kUsage =
 bool ParseProject(const std::string& text, int& project) {
     char* end = nullptr;
     const long value = std::strtol(text.c_str(), &end, 10);
-    if (end == text.c_str() || *end || value < PROJECT_AUDIO_CD || value > PROJECT_HYBRID_DISK)
+    // An audio CD is not a data disc.
+    if (end == text.c_str() || *end || value <= PROJECT_AUDIO_CD || value > PROJECT_HYBRID_DISK)
         return false;
     project = static_cast<int>(value);
     return true;
