@@ -166,6 +166,46 @@ void LRecordingPage::RecordStart(bool resume) {
     LOG("Recording to file %s", name_.c_str());
 }
 
+void LRecordingPage::SplitTrack() {
+    char nextPath[kPathBufferSize];
+    LSoundSink next;
+    if (host_.TempWavePath(nextPath))
+        next = LWaveFile::OpenSinkPCM(nextPath, kSampleRate, kChannels, 16, 0);
+    else
+        nextPath[0] = 0;
+    LSoundSink nextRecord = playing_ ? LSoundSinkDuplicate::OpenSink(next, toPlayback_) : next;
+    const int recorded = std::max(sink_->GetPosition(), lastPosition_);
+    splitting_ = true;
+    if (!nextPath[0] || next->IsFailed() || !recorder_.SwitchSink(nextRecord)) {
+        // The input is opened again for the next track, which reports what goes wrong.
+        if (nextPath[0]) unlink(nextPath);
+        CmRecordStop(false);
+        CmRecord(false);
+        splitting_ = false;
+        return;
+    }
+    PlayTone("RecordTone", LTone::Stop);
+    LOG("Stopped recording to file %s (File Length: %s)", name_.c_str(),
+        TimeText(LSoundTime::FromSamples(recorded, kSampleRate)).c_str());
+    tail_ = LSoundTime::FromSamples(recorded - sink_->GetPosition(), kSampleRate);
+    SaveRecording();
+    splitting_ = false;
+
+    std::snprintf(tempPath_, sizeof tempPath_, "%s", nextPath);
+    sink_ = next;
+    recordSink_ = nextRecord;
+    char name[kPathBufferSize];
+    GetNewRecordingFileName(name, host_.OutputFolder().c_str());
+    name_ = name;
+    currentTime_ = pausedTime_ = LSoundTime();
+    lastPosition_ = 0;
+    ResetDetection();
+    PlayTone("RecordTone", LTone::Start);
+    format_ = LRecordingFormatText(LGetOutputFormatNum());
+    SetStatus("Waiting for audio stream");
+    LOG("Recording to file %s", name_.c_str());
+}
+
 void LRecordingPage::OpenPlayback() {
     recordSink_ = sink_;
     if (!playing_) {
@@ -393,10 +433,5 @@ void LRecordingPage::srntfLevel(const LDBMC& levels, long) {
     const LTrackDetector::Result result =
         detector_->OnLevel(levels, lastPosition_, sink_->GetSampleRate());
     if (result.verified) SetStatus("Recording");
-    if (result.ended) {
-        splitting_ = true;
-        CmRecordStop(false);
-        CmRecord(false);
-        splitting_ = false;
-    }
+    if (result.ended) SplitTrack();
 }

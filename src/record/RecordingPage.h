@@ -107,6 +107,9 @@ public:
 
 private:
     void RecordStart(bool resume);
+    // At the end of a track: the next track's file takes over from this one, which is saved,
+    // while the input stays open.
+    void SplitTrack();
     void SaveRecording();
     // The recording's name and year go into its tags, and from there into the converted file.
     void TagRecording(const std::string& name) const;

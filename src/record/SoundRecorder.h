@@ -5,6 +5,7 @@
 #include "record/SoundRecLLQT.h"
 #include "record/SoundRecorderNotify.h"
 #include "sound/AudioBuffer.h"
+#include "sound/ConvertRateChannels.h"
 #include "sound/DB.h"
 #include "sound/SoundSink.h"
 #include "sound/SoundTime.h"
@@ -63,6 +64,10 @@ public:
     // Stops the worker, drops the silence after the last loud buffer but 50 ms and finishes the
     // sink.
     void Stop();
+    // Ends the recording into the current sink as Stop does and goes on into `sink`, waiting for
+    // audio, with the input kept open: nothing it delivers in between is lost. False, with
+    // nothing changed, when the recorder is stopped or the sink cannot take audio.
+    bool SwitchSink(LSoundSink& sink);
 
 protected:
     void EvNotify() override;
@@ -77,6 +82,8 @@ private:
     // The level of each sink channel over `frames` frames of a device buffer, and their mono
     // level.
     LDB MeasureLevels(const int* buffer, int frames, LDBMC& levels) const;
+    // Cuts the current sink back to 50 ms after the last loud buffer and lets it go.
+    void FinishSink();
     // Handles one buffer in the waiting and recording states.
     void Waiting(LDB mono);
     void Recording(LDB mono);
@@ -88,8 +95,11 @@ private:
     LSoundRecorderNotify* notify_;
     long user_;
     std::atomic<int> state_ = 0;
-    LSoundSink sink_;   // what the worker writes into: the owner's sink or a converter to it
-    LSoundSink target_; // the owner's sink
+    // What the worker writes into (the owner's sink or a converter to it) and the owner's sink;
+    // a switch of sinks takes the lock the worker holds while it handles a buffer.
+    std::mutex sinkLock_;
+    LSoundSink sink_;
+    LSoundSink target_;
     std::atomic<int32_t> lastLoud_ = 0;
     LSignalObject started_;
     LSignalObject go_;
@@ -154,17 +164,38 @@ bool LSoundRecorderTemplate<LowLevel>::Start(LSoundSink& sink, LSoundTime maxLen
     return true;
 }
 
-template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::Stop() {
-    if (state_ == 0) return;
-    StopThreadNow();
+template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::FinishSink() {
     // A converter hands on what it still holds before the end is cut.
     sink_.Close();
     const int keep = LSoundTime(lastLoud_ + kStopTailMs).GetSamples(target_->GetSampleRate());
     if (target_->GetPosition() > keep) target_->Seek(keep);
     target_.Close();
     lastLoud_ = 0;
+}
+
+template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::Stop() {
+    if (state_ == 0) return;
+    StopThreadNow();
+    FinishSink();
     state_ = 0;
     Notify(&LSoundRecorderNotify::srntfStop);
+}
+
+template <typename LowLevel> bool LSoundRecorderTemplate<LowLevel>::SwitchSink(LSoundSink& sink) {
+    if (state_ == 0 || !IsRunning() || sink->IsFailed()) return false;
+    LSoundSink converted = sink;
+    LSinkConvertRateChannels(lowLevel_.GetSampleRate(),
+                             static_cast<unsigned char>(lowLevel_.GetChannels()), converted);
+    if (converted->IsFailed()) return false;
+    {
+        std::lock_guard hold(sinkLock_);
+        FinishSink();
+        sink_ = converted;
+        target_ = sink;
+        state_ = 1;
+    }
+    Notify(&LSoundRecorderNotify::srntfWait);
+    return true;
 }
 
 template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::EvNotify() {
@@ -255,10 +286,13 @@ template <typename LowLevel> void LSoundRecorderTemplate<LowLevel>::ThreadFuncti
                 std::lock_guard guard(levelsLock_);
                 levels_ = levels;
             }
-            if (state_ == 1)
-                Waiting(mono);
-            else
-                Recording(mono);
+            {
+                std::lock_guard hold(sinkLock_);
+                if (state_ == 1)
+                    Waiting(mono);
+                else
+                    Recording(mono);
+            }
             // After the end of a finite input only silence would follow: stop there.
             if (lowLevel_.HasEnded()) autoStop_ = true;
             levelPending_ = true;

@@ -123,10 +123,9 @@ TEST(RecordingE2E, RecordsTheDemoSideFromASoundServer) {
         "status=$?; kill $player 2>/dev/null; wait $player; exit $status";
     const std::string printed = RunCommand(script, &status);
     ASSERT_EQ(status, 0) << printed;
-    // A live input's times are the clock's, and the input reopens between tracks: on a loaded
-    // machine that takes a moment more.
+    // A live input's times are the clock's; the input stays open from track to track.
     double total = 0;
-    ExpectConvertedTracks(ExpectDemoTracks(printed, &total, 1.5));
+    ExpectConvertedTracks(ExpectDemoTracks(printed, &total, 0.5));
 }
 
 TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {
