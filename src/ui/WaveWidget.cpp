@@ -53,10 +53,12 @@ void LWaveWidget::paintEvent(QPaintEvent* event) {
     wave_.CopyColumns(columns_);
     painter.setPen(colours.color(QPalette::Highlight));
     const int last = std::min<int>(area.right(), static_cast<int>(columns_.size()) - 1);
+    lines_.clear();
     for (int x = std::max(area.left(), 0); x <= last; ++x) {
         const int half = columns_[x] * (middle - 2) / 255;
-        if (half > 0) painter.drawLine(x, middle - half, x, middle + half);
+        if (half > 0) lines_.emplace_back(x, middle - half, x, middle + half);
     }
+    painter.drawLines(lines_.data(), static_cast<int>(lines_.size()));
 
     painter.setPen(QPen(QColor(0xe5, 0xa5, 0x0a), 2));
     for (int frame : marks_)

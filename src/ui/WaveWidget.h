@@ -2,6 +2,7 @@
 
 #include "play/WaveControl.h"
 
+#include <QLine>
 #include <QWidget>
 
 #include <functional>
@@ -30,5 +31,6 @@ private:
     LWaveControl& wave_;
     std::vector<int> marks_;
     std::vector<uint8_t> columns_;
+    std::vector<QLine> lines_;
     std::function<void(int x)> clicked_;
 };
