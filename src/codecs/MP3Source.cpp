@@ -13,16 +13,35 @@ std::uint32_t BigEndian32(const std::uint8_t* p) {
            static_cast<std::uint32_t>(p[2]) << 8 | p[3];
 }
 
+// The decoder's own delay in frames, which the encoder's delay figure leaves out.
+constexpr int kDecoderDelay = 529;
+
+// The encoder's delay and padding from the tag after a Xing or Info header's fields; both 0
+// when there is none.
+void ReadEncoderDelay(const std::uint8_t* frame, int length, int xing, int& delay, int& padding) {
+    const std::uint32_t flags = BigEndian32(frame + xing + 4);
+    const int tag = xing + 8 + (flags & 1 ? 4 : 0) + (flags & 2 ? 4 : 0) + (flags & 4 ? 100 : 0) +
+                    (flags & 8 ? 4 : 0);
+    if (length < tag + 24) return;
+    if (std::memcmp(frame + tag, "LAME", 4) != 0 && std::memcmp(frame + tag, "Lavc", 4) != 0 &&
+        std::memcmp(frame + tag, "Lavf", 4) != 0)
+        return;
+    delay = frame[tag + 21] << 4 | frame[tag + 22] >> 4;
+    padding = (frame[tag + 22] & 0x0F) << 8 | frame[tag + 23];
+}
+
 // The frame count of a Xing or Info frame (after the side information) or of a VBRI frame
 // (32 bytes after the header); 0 when the frame holds none. `variable` tells whether the
-// header announces a variable bit rate (Xing, VBRI) rather than a constant one (Info).
+// header announces a variable bit rate (Xing, VBRI) rather than a constant one (Info); `delay`
+// and `padding` are the encoder's when its tag follows.
 std::uint32_t ReadVbrFrameCount(const std::uint8_t* frame, int length, const MP3Header& header,
-                                bool& variable) {
+                                bool& variable, int& delay, int& padding) {
     const int xing = 4 + header.GetSideInfoLength();
     if (length >= xing + 12 &&
         (std::memcmp(frame + xing, "Xing", 4) == 0 || std::memcmp(frame + xing, "Info", 4) == 0) &&
         (BigEndian32(frame + xing + 4) & 1) != 0) {
         variable = frame[xing] == 'X';
+        ReadEncoderDelay(frame, length, xing, delay, padding);
         return BigEndian32(frame + xing + 8);
     }
     constexpr int kVbri = 36;
@@ -57,9 +76,12 @@ LMP3Source::LMP3Source(const char* path) : LSoundSourceBase(44100, 2, kMaxAmplit
                            : static_cast<int>(std::min(bytes / bytesPerFrame_ + 0.9, 1e9));
     end_ =
         static_cast<int>(std::min<std::int64_t>(std::int64_t{frames} * samplesPerFrame_, INT_MAX));
+    if (skip_ + padding_ >= end_) skip_ = padding_ = 0;
+    end_ -= padding_;
     seekIndex_.reserve(static_cast<size_t>(frames) * 2 / kIndexStep + 16);
     seekIndex_.push_back(firstFrameOffset_);
     delivered_ = samplesPerFrame_;
+    if (skip_ > 0) Seek(0);
 }
 
 bool LMP3Source::DecodeInitialHeader() {
@@ -82,12 +104,18 @@ bool LMP3Source::DecodeInitialHeader() {
         if (frame == 1) {
             reference_ = header;
             firstFrameOffset_ = frameStart;
-            std::uint8_t head[64] = {};
+            std::uint8_t head[256] = {};
             file_.SeekTo(frameStart);
+            int delay = 0;
+            int padding = 0;
             const std::uint32_t count =
                 ReadVbrFrameCount(head, file_.Read(head, std::min<int>(length, sizeof head)),
-                                  header, variableBitRate_);
+                                  header, variableBitRate_, delay, padding);
             if (count > 0 && count <= INT_MAX / 1152) {
+                if (delay > 0 || padding > 0) {
+                    skip_ = delay + kDecoderDelay;
+                    padding_ = std::max(padding - kDecoderDelay, 0);
+                }
                 // The VBR header frame carries no audio.
                 frameCount_ = static_cast<int>(count);
                 file_.SeekTo(frameStart + length);
@@ -183,8 +211,8 @@ void LMP3Source::Read(int* buffer, int frames) {
     }
     int* out = buffer;
     int remaining = frames;
-    if (start < 0) {
-        const int lead = std::min(-start, frames);
+    if (start < skip_) {
+        const int lead = std::min(skip_ - start, frames);
         ClearAudioBuffer(out, lead, channels_);
         out += lead * channels;
         remaining -= lead;
@@ -216,10 +244,10 @@ void LMP3Source::Read(int* buffer, int frames) {
 }
 
 void LMP3Source::Seek(int frame) {
-    position_ = frame;
+    position_ = frame + skip_;
     if (error_ != sndErrNone) return;
     constexpr int kPrimingFrames = 4;
-    const int target = std::clamp(frame, 0, end_);
+    const int target = std::clamp(position_, skip_, end_);
     const int index = target / samplesPerFrame_;
     const int first = std::max(index - kPrimingFrames, 0);
     decoder_.Reset();

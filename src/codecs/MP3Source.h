@@ -12,7 +12,10 @@
 // Info or VBRI frame count, from counting the frames of a short file, or is estimated from the
 // average bit rate of the first frames and corrected while reading. Seeking finds the frame by
 // byte position (constant bit rate) or by walking the frame headers (variable bit rate) and
-// decodes up to four frames before the target to rebuild the decoder's state.
+// decodes up to four frames before the target to rebuild the decoder's state. When the encoder
+// recorded its delay and padding (a LAME or libavcodec tag in the Info or Xing frame), the stream
+// starts after the encoder's and the decoder's delay and ends before the padding, as it was
+// before it was encoded.
 class LMP3Source : public LSoundSourceBase {
 public:
     static constexpr int kMaxAmplitude = 2097152;
@@ -22,8 +25,8 @@ public:
     explicit LMP3Source(const char* path);
 
     void Read(int* buffer, int frames) override;
-    int GetPositionSample() const override { return position_; }
-    int GetEndSample() const override { return end_; }
+    int GetPositionSample() const override { return position_ - skip_; }
+    int GetEndSample() const override { return end_ - skip_; }
     void Seek(int frame) override;
 
     // The first frame's header (its bit rate replaced by the average measured when opening).
@@ -45,8 +48,12 @@ private:
     // Every kIndexStep-th frame's offset is kept once a seek has walked past it.
     static constexpr int kIndexStep = 32;
 
+    // Positions are counted in decoded frames, the encoder's and the decoder's delay included;
+    // the stream seen from outside starts `skip_` frames in.
     int position_ = 0;
     int end_ = 0;
+    int skip_ = 0;
+    int padding_ = 0; // decoded frames after the stream's end
     int frameCount_ = 0; // frames from a VBR header or a full count; 0 when unknown
     MP3ReadFile file_;
     std::int64_t firstFrameOffset_ = 0; // the first audio frame (after a VBR header frame)
