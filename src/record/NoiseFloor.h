@@ -15,6 +15,8 @@ public:
 
     // Starts a measurement at the recording's current length in frames.
     void Start(int position);
+    // Gives up a measurement the input ended before.
+    void Cancel() { measuring_ = false; }
     bool IsMeasuring() const { return measuring_; }
 
     // One level report; returns Done once, on the report that finishes the measurement.

@@ -52,6 +52,17 @@ bool LSampleNoisePage::CmOk(bool custom, int floor) {
     return true;
 }
 
+void LSampleNoisePage::srntfStop(long) {
+    if (!measure_.IsMeasuring()) return;
+    measure_.Cancel();
+    status_ = custom_ ? kCustomNoiseFloorText : LNoiseFloorText(storedFloor_);
+    view_.Refresh();
+    UserInteraction().ShowMessage(kProgramName,
+                                  "The sound input stopped before the noise floor could be "
+                                  "measured. Check the input and measure again.",
+                                  LMessageButtons::Ok);
+}
+
 void LSampleNoisePage::srntfLevel(const LDBMC& levels, long) {
     view_.Levels(levels);
     char text[64];

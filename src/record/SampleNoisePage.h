@@ -51,6 +51,8 @@ public:
 
 private:
     void srntfLevel(const LDBMC& levels, long user) override;
+    // The input stopped (unplugged, or a file played to its end): a measurement is given up.
+    void srntfStop(long user) override;
 
     LSampleNoiseView& view_;
     LSoundRecorder recorder_;

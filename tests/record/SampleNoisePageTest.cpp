@@ -67,6 +67,15 @@ protected:
     LScriptedUserInteraction ui_;
 };
 
+TEST_F(SampleNoisePageTest, AnInputThatEndsFirstGivesTheMeasurementUp) {
+    const std::string shortSide = (home_.Path() / "short.wav").string();
+    WriteSide(shortSide, -52, 0.5, 0);
+    EXPECT_EQ(Measure(shortSide), "Noise floor is: -25 dB");
+    ASSERT_EQ(ui_.Calls().size(), 1u);
+    EXPECT_NE(ui_.Calls()[0].text.find("stopped before the noise floor"), std::string::npos);
+    EXPECT_EQ(LUserSettingGet<int>("Settings", "dBNoiseFloor", 0), 0);
+}
+
 TEST_F(SampleNoisePageTest, MeasuresHissAndWarnsOfMusicUntilToldNotTo) {
     const std::string hiss = (home_.Path() / "hiss.wav").string();
     WriteSide(hiss, -52, 4, 0);
