@@ -73,3 +73,10 @@ BurnErrorCodeData::BurnErrorCodeData(BurnErrorCodeValue value, const char* detai
 void BurnErrorCode::AddInformation(BurnErrorCodeValue value, const char* detail, LSenseBytes sense) {
     chain_.emplace_front(value, detail, sense);
 }
+
+std::string BurnErrorCode::Describe() const {
+    const BurnErrorCodeData& shown = chain_.empty() ? *this : chain_.front();
+    std::string text = GetBurnErrorMessage(shown.code);
+    if (shown.text[0]) text += std::string(": ") + shown.text;
+    return text;
+}

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <string>
 
 // The outcome of a burn or image step: a code with its fixed message, an optional detail text
 // (a file name, a step name) and the drive's sense bytes of the failing command.
@@ -44,6 +45,8 @@ public:
     void AddInformation(BurnErrorCodeValue code, const char* text = nullptr, LSenseBytes sense = {});
     const std::list<BurnErrorCodeData>& Chain() const { return chain_; }
     const char* GetMessage() const { return GetBurnErrorMessage(code); }
+    // For the user: the newest record's message, then ": " and its detail when it has one.
+    std::string Describe() const;
 
 private:
     std::list<BurnErrorCodeData> chain_;

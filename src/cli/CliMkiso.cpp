@@ -76,9 +76,7 @@ int CliMkiso(const CliArgs& args) {
     if (result == PROCESS_STOPPED) {
         std::fprintf(stderr, "vinora-cli mkiso: stopped\n");
     } else if (result == PROCESS_FAILED) {
-        const BurnErrorCodeData& shown = job.error.Chain().empty() ? job.error : job.error.Chain().front();
-        std::fprintf(stderr, "vinora-cli mkiso: %s%s%s\n", GetBurnErrorMessage(shown.code),
-                     shown.text[0] ? ": " : "", shown.text);
+        std::fprintf(stderr, "vinora-cli mkiso: %s\n", job.error.Describe().c_str());
     }
     return result;
 }

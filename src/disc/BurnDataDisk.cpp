@@ -74,9 +74,7 @@ LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
     if (builder.Error().code != 0) {
         discard();
         job.error = builder.Error();
-        const std::string text = std::string(job.error.GetMessage()) +
-                                 (job.error.text[0] ? std::string(": ") + job.error.text : "");
-        progress.SetError(text.c_str());
+        progress.SetError(job.error.Describe().c_str());
         return job.error.code == 1 ? PROCESS_STOPPED : PROCESS_FAILED;
     }
 
@@ -93,10 +91,7 @@ LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
         job.error = BurnErrorCode(32, job.outputImage.c_str());
     if (job.error.code != 0) {
         discard();
-        const BurnErrorCodeData& shown = job.error.Chain().empty() ? job.error : job.error.Chain().front();
-        const std::string text = std::string(GetBurnErrorMessage(shown.code)) +
-                                 (shown.text[0] ? std::string(": ") + shown.text : "");
-        progress.SetError(text.c_str());
+        progress.SetError(job.error.Describe().c_str());
         return PROCESS_FAILED;
     }
     return PROCESS_DONE;

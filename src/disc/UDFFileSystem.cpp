@@ -112,12 +112,18 @@ void LongAd(uint8_t* out, uint32_t length, uint32_t location) {
     Put16(out + 8, 0);
 }
 
-// The 16-bit checksum of an implementation use attribute's header (its first 48 bytes).
-uint16_t AttributeChecksum(const uint8_t* attribute) {
+// An implementation use extended attribute with `useLength` bytes of its own, the first two
+// of them the 16-bit checksum of its 48-byte header.
+void ImplementationAttribute(uint8_t* out, const char* identifier, uint32_t useLength) {
+    Put32(out, 2048);
+    out[4] = 1;
+    Put32(out + 8, 48 + useLength);
+    Put32(out + 12, useLength);
+    Entity(out + 16, identifier, EntityKind::Udf);
     uint16_t sum = 0;
     for (int i = 0; i < 48; ++i)
-        sum = static_cast<uint16_t>(sum + attribute[i]);
-    return sum;
+        sum = static_cast<uint16_t>(sum + out[i]);
+    Put16(out + 48, sum);
 }
 
 uint16_t CrcTableEntry(int index) {
@@ -262,20 +268,8 @@ void LUDFFileSystem::WriteFileEntry(LBufferVector& area, size_t offset, const No
     Put32(ea + 16, 24);
     Put32(ea + 20, kExtendedAttributes);
     FinishTag(ea, TAG_EXTENDED_ATTRIBUTES, node.entry, 24);
-    uint8_t* free = ea + 24;
-    Put32(free, 2048);
-    free[4] = 1;
-    Put32(free + 8, 52);
-    Put32(free + 12, 4);
-    Entity(free + 16, EID_EA_FREESPACE, EntityKind::Udf);
-    Put16(free + 48, AttributeChecksum(free));
-    uint8_t* cgms = free + 52;
-    Put32(cgms, 2048);
-    cgms[4] = 1;
-    Put32(cgms + 8, 56);
-    Put32(cgms + 12, 8);
-    Entity(cgms + 16, EID_CGMS, EntityKind::Udf);
-    Put16(cgms + 48, AttributeChecksum(cgms));
+    ImplementationAttribute(ea + 24, EID_EA_FREESPACE, 4);
+    ImplementationAttribute(ea + 24 + 52, EID_CGMS, 8);
 
     uint8_t* ad = ea + kExtendedAttributes;
     for (uint32_t e = 0; e < extents; ++e) {

@@ -1,17 +1,16 @@
 #include "play/JoinJob.h"
 
-#include "codecs/MP3Source.h"
 #include "codecs/Mp3EncodeSettings.h"
 #include "codecs/Mp3EncodeSink.h"
 #include "codecs/WaveFile.h"
 #include "platform/Log.h"
+#include "play/WaveOrMp3Source.h"
 #include "restore/Normalize.h"
 #include "sound/ConvertRateChannels.h"
 #include "sound/SourceToSink.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <strings.h>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -24,19 +23,10 @@ constexpr unsigned char kJoinedChannels = 2;
 constexpr int kJoinedPercent = 80;
 constexpr size_t kNameCut = 40;
 
-bool IsWave(const std::string& path) {
-    return strcasecmp(fs::path(path).extension().c_str(), ".wav") == 0;
-}
-
-LSoundSource OpenJoinSource(const std::string& path) {
-    if (IsWave(path)) return LWaveFile::OpenSource(path.c_str());
-    return LSoundSource(new LMP3Source(path.c_str()));
-}
-
 // Appends one input to the output; PROCESS_DONE, or why the job ends.
 LProcessResult AppendInput(LProcessInterface& progress, const std::string& path, LSoundSink& out,
                            std::vector<int>& buffer) {
-    LSoundSource source = OpenJoinSource(path);
+    LSoundSource source = OpenWaveOrMp3Source(path);
     if (source->GetError() != sndErrNone || source->GetEndSample() == 0) return PROCESS_FAILED;
     LSPConvertSourceRateChannels(kJoinedRate, kJoinedChannels, source);
     if (source->GetError() != sndErrNone || source->GetChannels() != kJoinedChannels)
@@ -99,7 +89,7 @@ LProcessResult Process(LProcessInterface& progress, LJoinFiles& job) {
                 return result;
         }
     }
-    if (IsWave(job.paths.front())) return PROCESS_DONE;
+    if (IsWaveFileName(job.paths.front())) return PROCESS_DONE;
 
     const std::string mp3 = base.string() + ".mp3";
     if (!EncodeJoined(progress, wave, mp3)) {

@@ -1,10 +1,11 @@
 #include "play/SplitJob.h"
 
-#include "codecs/MP3Source.h"
 #include "codecs/Mp3EncodeSettings.h"
 #include "codecs/Mp3EncodeSink.h"
 #include "codecs/WaveFile.h"
 #include "platform/Log.h"
+#include "play/WaveOrMp3Source.h"
+#include "restore/Normalize.h"
 #include "sound/ConvertRateChannels.h"
 #include "sound/PeakLimit.h"
 #include "tags/AudioTagData.h"
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <strings.h>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -20,12 +20,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kBlockFrames = 8192;
-// The largest 16-bit sample in internal units.
-constexpr int kNormalizeFullScale16 = 524272;
-
-bool HasExtension(const std::string& path, const char* extension) {
-    return strcasecmp(fs::path(path).extension().c_str(), extension) == 0;
-}
 
 bool Exists(const std::string& path) {
     std::error_code error;
@@ -33,10 +27,10 @@ bool Exists(const std::string& path) {
 }
 
 LSoundSource OpenSplitSource(const std::string& path) {
-    if (HasExtension(path, ".wav")) return LWaveFile::OpenSource(path.c_str());
+    LSoundSource source = OpenWaveOrMp3Source(path);
+    if (IsWaveFileName(path)) return source;
     // Decoded MP3 may overshoot full scale; the encoder takes 16-bit audio.
-    LSoundSource mp3(new LMP3Source(path.c_str()));
-    return LSPPeakLimit(kNormalizeFullScale16).OpenSource(mp3);
+    return LSPPeakLimit(kNormalizeFullScale).OpenSource(source);
 }
 
 LSoundSink OpenPiece(const std::string& piece, bool wave, const LSoundSource& source) {
@@ -91,7 +85,7 @@ LProcessResult Process(LProcessInterface& progress, LSplitFileProcessData& job) 
     progress.SetStatus("Splitting File", 0);
     progress.SetProgress(0.0);
     const std::string path = job.path;
-    const bool wave = HasExtension(path, ".wav");
+    const bool wave = IsWaveFileName(path);
     LSoundSource source = OpenSplitSource(path);
     if (source->GetError() != sndErrNone) {
         progress.SetError("ERROR: The file to split could not be read");
