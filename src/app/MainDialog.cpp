@@ -12,6 +12,7 @@
 #include "platform/FileOps.h"
 #include "platform/Folders.h"
 #include "platform/Log.h"
+#include "platform/OutputFolders.h"
 #include "platform/Paths.h"
 #include "platform/ProgramInfo.h"
 #include "platform/Settings.h"
@@ -29,7 +30,6 @@
 
 namespace {
 
-constexpr const char* kOutputFolderKey = "AppOutputFolder";
 constexpr const char* kQueueCountIdle = "No Files Queued";
 constexpr const char* kMissingFile =
     "The specified file \"%s\" does not exist. It may have been moved, renamed or deleted.";
@@ -675,37 +675,4 @@ void MainDialog::Shutdown() {
 
 bool MainDialog::QueueConversion(const LProcessConvert& request) {
     return thrConvertList.Add(request);
-}
-
-std::string MainDialog::GetVNOutputFolder() {
-    char dataFolder[kPathBufferSize];
-    GetApplicationDataFolder(dataFolder);
-    return LUserSettingGetString("Settings", kOutputFolderKey, dataFolder);
-}
-
-std::string MainDialog::GetDefaultOutputFolder() {
-    char music[kPathBufferSize];
-    GetUserMusicFolder(music);
-    return Join(music, "Vinora");
-}
-
-bool MainDialog::SetVNOutputFolder(MainDialog* window, const char* folder) {
-    if (!folder) return false;
-    std::string target = folder;
-    if (target.empty()) {
-        char dataFolder[kPathBufferSize];
-        GetApplicationDataFolder(dataFolder);
-        target = dataFolder;
-    } else if (!IsFolder(folder) || !TestFolderWritable(folder)) {
-        return false;
-    }
-    const bool changed = target != GetVNOutputFolder();
-    LUserSettingSetString("Settings", kOutputFolderKey, target.c_str());
-    if (changed && window) window->Post(WM_RELOAD_LIST);
-    return true;
-}
-
-bool MainDialog::GetTempWaveFilePath(char* out) {
-    CreateFolderTree(kTemporaryRecordingFolder);
-    return GetTempFile(kTemporaryRecordingFolder, out, ".wav");
 }

@@ -4,6 +4,7 @@
 #include "app/RecordingsList.h"
 #include "record/RecordingPage.h"
 #include "jobs/ProcessInterface.h"
+#include "platform/OutputFolders.h"
 
 #include <functional>
 #include <memory>
@@ -114,14 +115,6 @@ public:
     bool TempWavePath(char* out) override { return GetTempWaveFilePath(out); }
     bool QueueConversion(const LProcessConvert& request) override;
     void PostToMainWindow(int message, int value) override { Post(message, {}, value); }
-
-    static std::string GetVNOutputFolder();
-    static std::string GetDefaultOutputFolder();
-    // Stores the output folder ("" = the application data folder); false when it is not a
-    // writable folder. A change posts WM_RELOAD_LIST to `window` when given.
-    static bool SetVNOutputFolder(MainDialog* window, const char* folder);
-    // A new unique ".wav" file in the temporary recordings folder; false when none could be made.
-    static bool GetTempWaveFilePath(char* out);
 
 private:
     std::string PathOf(int row) const;

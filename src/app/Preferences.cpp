@@ -1,8 +1,8 @@
 #include "app/Preferences.h"
 
-#include "app/MainDialog.h"
 #include "app/WizardPages.h"
 #include "jobs/UserInteraction.h"
+#include "platform/OutputFolders.h"
 #include "platform/Paths.h"
 #include "platform/ProgramInfo.h"
 #include "platform/Settings.h"
@@ -68,7 +68,7 @@ void LAudioSettingsPage::InitDialog() {
     vinyl = Flag("RecordingSource", "Vinyl", true);
     speed = LUserSettingGet<int>("RecordingSource", "RecordingSpeed", 0);
     copyFolder = LUserSettingGetString("OutputFormat", "OutputFolder",
-                                       MainDialog::GetDefaultOutputFolder().c_str());
+                                       GetDefaultOutputFolder().c_str());
     makeCopy = Flag("OutputFormat", "MakeCopy", false);
     amp = Flag("RecordingSource", "Amp", true);
     noiseFloor = LUserSettingGet<int>("Settings", "dBNoiseFloor", -30);
@@ -83,7 +83,7 @@ void LAudioSettingsPage::InitDialog() {
 
 void LAudioSettingsPage::BrowseCopyFolder() {
     const std::string start = LUserSettingGetString(
-        "OutputFormat", "OutputFolder", MainDialog::GetDefaultOutputFolder().c_str());
+        "OutputFormat", "OutputFolder", GetDefaultOutputFolder().c_str());
     const std::string chosen = UserInteraction().ChooseFolder("Locate output folder...", start);
     if (!chosen.empty()) copyFolder = chosen;
 }

@@ -1,10 +1,10 @@
 #include "cli/CliRecordingSession.h"
 
 #include "app/AppStartup.h"
-#include "app/MainDialog.h"
 #include "app/ProcessListThread.h"
 #include "cli/CliMainLoop.h"
 #include "devices/SoundDevices.h"
+#include "platform/OutputFolders.h"
 #include "platform/Paths.h"
 #include "platform/UserFolders.h"
 
@@ -37,11 +37,11 @@ CliRecordingSession::CliRecordingSession(std::string outputFolder)
     : outputFolder_(std::move(outputFolder)) {}
 
 std::string CliRecordingSession::OutputFolder() {
-    return outputFolder_.empty() ? MainDialog::GetVNOutputFolder() : outputFolder_;
+    return outputFolder_.empty() ? GetVNOutputFolder() : outputFolder_;
 }
 
 bool CliRecordingSession::TempWavePath(char* out) {
-    return MainDialog::GetTempWaveFilePath(out);
+    return GetTempWaveFilePath(out);
 }
 
 bool CliRecordingSession::QueueConversion(const LProcessConvert& request) {

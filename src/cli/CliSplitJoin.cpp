@@ -1,8 +1,8 @@
 #include "cli/CliJobProgress.h"
 #include "cli/Commands.h"
 
-#include "app/MainDialog.h"
 #include "codecs/AudioFileSource.h"
+#include "platform/OutputFolders.h"
 #include "play/JoinJob.h"
 #include "play/SplitJob.h"
 #include "sound/SoundTime.h"
@@ -109,7 +109,7 @@ int CliJoin(const CliArgs& args) {
             return 2;
         }
     }
-    if (job.outputFolder.empty()) job.outputFolder = MainDialog::GetVNOutputFolder();
+    if (job.outputFolder.empty()) job.outputFolder = GetVNOutputFolder();
     CliJobProgress progress;
     const LProcessResult result = Process(progress, job);
     if (result == PROCESS_DONE) std::printf("%s\n", job.output.c_str());

@@ -21,10 +21,13 @@ LMainDialogWindows LDesktopWindows(LMainWindow* const* shown) {
     };
     windows.preferences = [shown] {
         MainDialog& dialog = (*shown)->Dialog();
-        LPreferencesDialog preferences(*shown, MainDialog::GetVNOutputFolder(),
+        LPreferencesDialog preferences(*shown, GetVNOutputFolder(),
                                        [&dialog](const std::string& folder) {
-                                           return MainDialog::SetVNOutputFolder(&dialog,
-                                                                                folder.c_str());
+                                           bool changed = false;
+                                           if (!SetVNOutputFolder(folder.c_str(), &changed))
+                                               return false;
+                                           if (changed) dialog.Post(WM_RELOAD_LIST);
+                                           return true;
                                        });
         preferences.exec();
     };
