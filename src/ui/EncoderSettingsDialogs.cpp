@@ -1,7 +1,7 @@
 #include "ui/EncoderSettingsDialogs.h"
 
-#include "codecs/Mp3EncodeDlg.h"
-#include "codecs/WaveEncodeDlg.h"
+#include "app/Mp3EncodeDlg.h"
+#include "app/WaveEncodeDlg.h"
 #include "jobs/UserInteraction.h"
 
 #include <QButtonGroup>

@@ -1,9 +1,7 @@
 #include "WaveTestUtil.h"
 
-#include "codecs/WaveEncodeDlg.h"
 #include "codecs/WaveFile.h"
 #include "codecs/WaveFormatTags.h"
-#include "platform/Settings.h"
 
 #include <gtest/gtest.h>
 
@@ -72,39 +70,6 @@ TEST_F(WaveFormatTest, WavCodecFileKeepsTheRecordInTheDataFolder) {
     EXPECT_EQ(loaded.wfx.nSamplesPerSec, 8000u);
     EXPECT_EQ(loaded.extra[1], 0x01);
     EXPECT_EQ(loaded.trailing1, 0x1234);
-}
-
-TEST_F(WaveFormatTest, PresetsAndTheCustomChoiceSetTheRecord) {
-    {
-        LWaveFileFormat record(96000, 2);
-        LWaveEncodeDlg dialog(&record);
-        dialog.SetPreset(LWaveEncodeDlg::presetLow);
-        dialog.Apply(record);
-        EXPECT_EQ(record.wfx.nSamplesPerSec, 8000u);
-        EXPECT_EQ(record.wfx.nChannels, 1);
-        EXPECT_EQ(LUserSettingGet<int>("Settings", "WavFormatPreset", -1),
-                  LWaveEncodeDlg::presetLow);
-    }
-    LUserSettingSet<int>("Settings", "WavFormatPreset", 9);
-    EXPECT_EQ(LWaveEncodeDlg(nullptr).GetPreset(), LWaveEncodeDlg::presetAuto);
-
-    LUserSettingSet<int>("Settings", "WavFormatPreset", LWaveEncodeDlg::presetCustom);
-    LWaveFileFormat record(32000, 1);
-    LWaveEncodeDlg dialog(&record);
-    EXPECT_EQ(dialog.GetRateText(), "32000");
-    dialog.SetRateText("37800");
-    dialog.SetChannelItem(2);
-    dialog.Apply(record);
-    EXPECT_EQ(record.wfx.nSamplesPerSec, 37800u);
-    EXPECT_EQ(record.wfx.nChannels, 2);
-    dialog.SetRateText("500000"); // more than a wave file may have: not taken
-    dialog.Apply(record);
-    EXPECT_EQ(record.wfx.nSamplesPerSec, 37800u);
-    dialog.SetEncoding(LWaveEncodeDlg::encodingGSM);
-    dialog.Apply(record);
-    EXPECT_EQ(record.wfx.wFormatTag, 49);
-    EXPECT_EQ(record.wfx.nChannels, 1);
-    EXPECT_EQ(record.wfx.nSamplesPerSec, 8000u);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "codecs/WaveEncodeDlg.h"
+#include "app/WaveEncodeDlg.h"
 
 #include "platform/Settings.h"
 

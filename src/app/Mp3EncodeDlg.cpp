@@ -1,4 +1,4 @@
-#include "codecs/Mp3EncodeDlg.h"
+#include "app/Mp3EncodeDlg.h"
 
 #include "platform/ProgramInfo.h"
 

@@ -1,4 +1,4 @@
-#include "codecs/Mp3EncodeDlg.h"
+#include "app/Mp3EncodeDlg.h"
 #include "jobs/ScriptedUserInteraction.h"
 #include "support/TempHome.h"
 
