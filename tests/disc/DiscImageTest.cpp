@@ -157,27 +157,6 @@ TEST_F(DiscImageTest, AFolderOfTwoSectorsOfRecords) {
     EXPECT_EQ(Sector(17)[0], 255);
 }
 
-TEST_F(DiscImageTest, EachProjectGetsItsFileSystems) {
-    const struct {
-        int project;
-        LProjectFileSystems systems;
-    } table[] = {
-        {0, {}},
-        {1, {true, true, true}},   {2, {true, true, false}},   {3, {true, false, false}},
-        {4, {false, false, true}}, {5, {true, true, true}},    {6, {true, true, false}},
-        {7, {true, false, false}}, {8, {false, false, true}},  {9, {true, true, true}},
-        {10, {true, true, false}}, {11, {false, false, true}}, {12, {true, true, true}},
-        {13, {true, true, false}}, {14, {false, false, true}}, {15, {true, true, true}},
-        {16, {true, true, false}}, {17, {}},                   {18, {true, true, true}},
-    };
-    for (const auto& [project, systems] : table) {
-        const LProjectFileSystems got = GetProjectFileSystems(project);
-        EXPECT_EQ(got.iso, systems.iso) << project;
-        EXPECT_EQ(got.joliet, systems.joliet) << project;
-        EXPECT_EQ(got.udf, systems.udf) << project;
-    }
-}
-
 TEST_F(DiscImageTest, AStopOrAVanishedFileLeavesNoImageAndKeepsAnEarlierOne) {
     File("one.wav", std::string(100000, 'a'));
     File("two.wav", std::string(100000, 'b'));
