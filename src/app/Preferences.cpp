@@ -73,12 +73,7 @@ void LAudioSettingsPage::InitDialog() {
     amp = Flag("RecordingSource", "Amp", true);
     noiseFloor = LUserSettingGet<int>("Settings", "dBNoiseFloor", -30);
     format = LUserSettingGet<int>("OutputFormat", "OutputFormatNum", 1);
-    clickPop = Flag("AudioRestoration", "ClickPop", false);
-    noiseReduce = Flag("AudioRestoration", "NoiseReduce", false);
-    normalization = Flag("AudioRestoration", "Normalization", false);
-    equalization = Flag("AudioRestoration", "Equalization", false);
-    hpf = Flag("AudioRestoration", "HPF", false);
-    dcOffset = Flag("AudioRestoration", "DCOffset", false);
+    restoration = LRestoreChoices::FromSettings();
 }
 
 void LAudioSettingsPage::BrowseCopyFolder() {
@@ -91,14 +86,9 @@ void LAudioSettingsPage::BrowseCopyFolder() {
 bool LAudioSettingsPage::CmOk() {
     SetFlag("RecordingSource", "Vinyl", vinyl);
     LUserSettingSet<int>("RecordingSource", "RecordingSpeed", std::clamp(speed, 0, 2));
-    if (copyFolder.empty() && makeCopy) {
-        UserInteraction().ShowError(
-            "No output folder selected. Please specify an output folder to make copies to.");
-        return false;
-    }
-    if (!copyFolder.empty() &&
-        !LConfirmCreateFolder(copyFolder, "The recording output folder you specified does not "
-                                          "exist. Would you like to create it?."))
+    if (makeCopy &&
+        !LConfirmCopyFolder(copyFolder, "The recording output folder you specified does not "
+                                        "exist. Would you like to create it?."))
         return false;
     LUserSettingSetString("OutputFormat", "OutputFolder", copyFolder.c_str());
     SetFlag("OutputFormat", "MakeCopy", makeCopy);
@@ -110,11 +100,6 @@ bool LAudioSettingsPage::CmOk() {
     LUserSettingSet<int>("Settings", "dBNoiseFloor", noiseFloor);
     LUserSettingSet<int>("OutputFormat", "OutputFormatNum", format);
     if (format == 1 || format == 3) LCheckMp3Component();
-    SetFlag("AudioRestoration", "ClickPop", clickPop);
-    SetFlag("AudioRestoration", "NoiseReduce", noiseReduce);
-    SetFlag("AudioRestoration", "Normalization", normalization);
-    SetFlag("AudioRestoration", "Equalization", equalization);
-    SetFlag("AudioRestoration", "HPF", hpf);
-    SetFlag("AudioRestoration", "DCOffset", dcOffset);
+    restoration.StoreSwitches();
     return true;
 }

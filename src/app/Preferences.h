@@ -2,6 +2,7 @@
 
 #include "record/InputMeter.h"
 #include "record/SoundRecordDevice.h"
+#include "restore/RestoreChoices.h"
 
 #include <functional>
 #include <string>
@@ -47,10 +48,5 @@ public:
     bool amp = true;
     int noiseFloor = -30;
     int format = 1;
-    bool clickPop = false;
-    bool noiseReduce = false;
-    bool normalization = false;
-    bool equalization = false;
-    bool hpf = false;
-    bool dcOffset = false;
+    LRestoreChoices restoration;
 };

@@ -38,7 +38,12 @@ bool LCheckMp3Component() {
     return false;
 }
 
-bool LConfirmCreateFolder(const std::string& folder, const char* question) {
+bool LConfirmCopyFolder(const std::string& folder, const char* question) {
+    if (folder.empty()) {
+        UserInteraction().ShowError(
+            "No output folder selected. Please specify an output folder to make copies to.");
+        return false;
+    }
     if (IsFolder(folder)) return true;
     if (UserInteraction().ShowMessage("Create Folder?", question, LMessageButtons::OkCancel) !=
         LMessageAnswer::Ok)
@@ -143,22 +148,14 @@ bool LNoiseFloorWizardPage::IsPageValid() const {
 }
 
 void LAudioRestorationPage::Activate() {
-    clickPopShown = Flag("RecordingSource", "Vinyl", true);
-    dcOffset = Flag("AudioRestoration", "DCOffset", true);
-    hpf = Flag("AudioRestoration", "HPF", false);
-    equalization = Flag("AudioRestoration", "Equalization", false);
-    clickPop = clickPopShown && Flag("AudioRestoration", "ClickPop", true);
-    noiseReduce = Flag("AudioRestoration", "NoiseReduce", true);
-    normalization = Flag("AudioRestoration", "Normalization", true);
+    LRestoreChoices defaults;
+    defaults.dcOffset = defaults.clickPop = defaults.noiseReduce = defaults.normalization = true;
+    choices = LRestoreChoices::FromSettings(defaults);
+    if (!Flag("RecordingSource", "Vinyl", true)) choices.clickPop = false;
 }
 
 bool LAudioRestorationPage::CmOk() {
-    SetFlag("AudioRestoration", "DCOffset", dcOffset);
-    SetFlag("AudioRestoration", "HPF", hpf);
-    SetFlag("AudioRestoration", "Equalization", equalization);
-    SetFlag("AudioRestoration", "ClickPop", clickPop);
-    SetFlag("AudioRestoration", "NoiseReduce", noiseReduce);
-    SetFlag("AudioRestoration", "Normalization", normalization);
+    choices.StoreSwitches();
     return true;
 }
 
@@ -177,7 +174,7 @@ bool LOutputFormatPage::CmOk() {
     LUserSettingSet<int>("OutputFormat", "OutputFormatNum", format);
     if (format == 1 || format == 3) LCheckMp3Component();
     if (makeCopy &&
-        !LConfirmCreateFolder(copyFolder,
+        !LConfirmCopyFolder(copyFolder,
                               "The specified output folder does not exist. Would you like to "
                               "create it?"))
         return false;

@@ -4,6 +4,7 @@
 #include "record/InputMeter.h"
 #include "record/SampleNoisePage.h"
 #include "record/SoundRecordDevice.h"
+#include "restore/RestoreChoices.h"
 
 #include <functional>
 #include <memory>
@@ -76,14 +77,9 @@ public:
     void Activate() override;
     bool CmOk() override;
     bool IsPageValid() const override;
-    bool dcOffset = true;
-    bool hpf = false;
-    bool equalization = false;
-    bool clickPop = true;
-    bool noiseReduce = true;
-    bool normalization = true;
-    // The click and pop remover is offered for vinyl only.
-    bool clickPopShown = true;
+    // The six switches as shown. A cassette starts with click and pop removal off, whatever
+    // was stored; the user may still switch it on.
+    LRestoreChoices choices;
 };
 
 class LOutputFormatPage : public LWizardPage {
@@ -111,8 +107,9 @@ private:
 
 // Whether the MP3 encoder can be run; otherwise tells the user where to get it.
 bool LCheckMp3Component();
-// A copy folder that does not exist is created when the user agrees; false when declined or it
-// cannot be made.
-bool LConfirmCreateFolder(const std::string& folder, const char* question);
+// The folder that recordings are copied to, checked when the copy is switched on: an empty one
+// is refused with a message, one that does not exist is created when the user agrees. False
+// when refused, declined or it cannot be made.
+bool LConfirmCopyFolder(const std::string& folder, const char* question);
 // The file name pattern as stored: cleaned, with "%autonumber%", never empty.
 std::string LFileNamePatternToStore(const std::string& pattern);

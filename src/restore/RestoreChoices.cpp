@@ -5,35 +5,44 @@
 namespace {
 
 constexpr const char* kSection = "AudioRestoration";
-constexpr const char* kSteps[] = {"DCOffset", "HPF", "ClickPop", "NoiseReduce", "Equalization",
-                                  "Normalization"};
 
-bool Enabled(const char* key, bool fallback) {
-    return LUserSettingGet<bool>(kSection, key, fallback);
-}
-
-int RecordingSpeed() {
-    return LUserSettingGet<int>("RecordingSource", "RecordingSpeed", 0);
-}
+constexpr LRestoreSwitch kSwitches[] = {
+    {&LRestoreChoices::dcOffset, "DCOffset"},
+    {&LRestoreChoices::highPass, "HPF"},
+    {&LRestoreChoices::clickPop, "ClickPop"},
+    {&LRestoreChoices::noiseReduce, "NoiseReduce"},
+    {&LRestoreChoices::equalization, "Equalization"},
+    {&LRestoreChoices::normalization, "Normalization"},
+};
 
 } // namespace
 
+std::span<const LRestoreSwitch> RestoreSwitches() {
+    return kSwitches;
+}
+
 LRestoreChoices LRestoreChoices::FromSettings() {
+    return FromSettings(LRestoreChoices{});
+}
+
+LRestoreChoices LRestoreChoices::FromSettings(const LRestoreChoices& defaults) {
     LRestoreChoices choices;
-    choices.dcOffset = Enabled("DCOffset", false);
-    choices.highPass = Enabled("HPF", false);
-    choices.recordSpeed = RecordingSpeed();
-    choices.clickPop = Enabled("ClickPop", false);
-    choices.noiseReduce = Enabled("NoiseReduce", false);
-    choices.equalization = Enabled("Equalization", false);
-    choices.normalization = Enabled("Normalization", false);
+    for (const LRestoreSwitch& step : kSwitches)
+        choices.*step.member = LUserSettingGet<bool>(kSection, step.key, defaults.*step.member);
+    choices.recordSpeed =
+        LUserSettingGet<int>("RecordingSource", "RecordingSpeed", defaults.recordSpeed);
     return choices;
 }
 
 bool LRestoreChoices::IsWantedBySettings() {
-    for (const char* key : kSteps)
-        if (Enabled(key, true)) return true;
-    return RecordingSpeed() != 0;
+    LRestoreChoices allOn;
+    for (const LRestoreSwitch& step : kSwitches) allOn.*step.member = true;
+    return FromSettings(allOn).Any();
+}
+
+void LRestoreChoices::StoreSwitches() const {
+    for (const LRestoreSwitch& step : kSwitches)
+        LUserSettingSet<bool>(kSection, step.key, this->*step.member);
 }
 
 bool LRestoreChoices::Any() const {

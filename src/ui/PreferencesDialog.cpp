@@ -10,6 +10,7 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
@@ -73,7 +74,10 @@ QWidget* LPreferencesDialog::GeneralPage(const std::string& outputFolder) {
     auto* folderRow = new QHBoxLayout;
     folderRow->addWidget(outputFolder_, 1);
     folderRow->addWidget(browse);
-    form->addRow("Recordings &folder:", folderRow);
+    // The label of a row of several controls names its first one, so that its mnemonic works.
+    auto* folderLabel = new QLabel("Recordings &folder:", page);
+    folderLabel->setBuddy(outputFolder_);
+    form->addRow(folderLabel, folderRow);
     device_ = new LDevicePicker(page, [this] {
         general_.device = device_->Device();
         general_.StartRecorder();
@@ -145,14 +149,10 @@ QWidget* LPreferencesDialog::AudioPage() {
     copyRow->addWidget(copyFolder_, 1);
     copyRow->addWidget(browse_);
     form->addRow(makeCopy_, copyRow);
-    const char* texts[] = {"Remove clicks and pops", "Noise reduction",  "Normalize the volume",
-                           "RIAA equalization",      "High-pass filter", "Remove DC offset"};
-    const bool on[] = {audio_.clickPop,     audio_.noiseReduce, audio_.normalization,
-                       audio_.equalization, audio_.hpf,         audio_.dcOffset};
-    for (int i = 0; i < 6; ++i) {
-        tools_[i] = Check(texts[i], on[i], page);
-        form->addRow(i == 0 ? "Restoration:" : "", tools_[i]);
-    }
+    tools_ = std::make_unique<LRestoreSwitchBoxes>(page);
+    tools_->Show(audio_.restoration);
+    for (QCheckBox* box : tools_->Boxes())
+        form->addRow(box == tools_->Boxes().front() ? "Restoration:" : "", box);
     return page;
 }
 
@@ -175,9 +175,7 @@ void LPreferencesDialog::accept() {
     audio_.amp = amp_->currentIndex() == 0;
     audio_.noiseFloor = noiseFloor_->value();
     audio_.format = format_->currentIndex();
-    bool* flags[] = {&audio_.clickPop,     &audio_.noiseReduce, &audio_.normalization,
-                     &audio_.equalization, &audio_.hpf,         &audio_.dcOffset};
-    for (int i = 0; i < 6; ++i) *flags[i] = tools_[i]->isChecked();
+    tools_->Store(audio_.restoration);
     if (!audio_.CmOk()) {
         tabs_->setCurrentIndex(1);
         return;

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/Preferences.h"
+#include "ui/RestoreSwitchBoxes.h"
 
 #include <QDialog>
 
 #include <functional>
+#include <memory>
 #include <string>
 
 class LDBDisplay2;
@@ -51,5 +53,5 @@ private:
     QComboBox* amp_;
     QSpinBox* noiseFloor_;
     QComboBox* format_;
-    QCheckBox* tools_[6];
+    std::unique_ptr<LRestoreSwitchBoxes> tools_;
 };

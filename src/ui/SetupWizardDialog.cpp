@@ -73,6 +73,7 @@ LSetupWizardDialog::LSetupWizardDialog(QWidget* parent, std::function<void()> st
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);
     layout->addWidget(line);
+    headerLine_ = line;
 
     stack_ = new QStackedWidget(this);
     for (QWidget* page : {IntroductionPage(), SourcePage(), VolumePage(), NoisePage(),
@@ -131,7 +132,9 @@ void LSetupWizardDialog::ShowPage(int index) {
     heading_->setText(QString::fromStdString(entry.heading));
     subheading_->setText(QString::fromStdString(entry.subheading));
     subheading_->setVisible(!entry.subheading.empty());
-    header_->setAutoFillBackground(entry.header);
+    // Pages without the common header show their heading themselves.
+    header_->setVisible(entry.header);
+    headerLine_->setVisible(entry.header);
     Show(entry.layout);
     for (int i = 0; i < static_cast<int>(std::size(kLayouts)); ++i)
         if (entry.layout == kLayouts[i]) stack_->setCurrentIndex(i);
@@ -164,11 +167,7 @@ void LSetupWizardDialog::Show(const std::string& layout) {
         floor_->setValue(setup_.noise.floor);
         RefreshNoise();
     } else if (layout == "restoration") {
-        const LAudioRestorationPage& page = setup_.restoration;
-        const bool on[] = {page.dcOffset, page.hpf,         page.equalization,
-                           page.clickPop, page.noiseReduce, page.normalization};
-        for (int i = 0; i < 6; ++i) tools_[i]->setChecked(on[i]);
-        tools_[3]->setVisible(page.clickPopShown);
+        tools_->Show(setup_.restoration.choices);
     } else if (layout == "output") {
         format_->setCurrentIndex(setup_.output.format);
         makeCopy_->setChecked(setup_.output.makeCopy);
@@ -198,11 +197,7 @@ void LSetupWizardDialog::Store(const std::string& layout) {
         setup_.noise.custom = custom_->isChecked();
         setup_.noise.floor = floor_->value();
     } else if (layout == "restoration") {
-        LAudioRestorationPage& page = setup_.restoration;
-        bool* on[] = {&page.dcOffset, &page.hpf,         &page.equalization,
-                      &page.clickPop, &page.noiseReduce, &page.normalization};
-        for (int i = 0; i < 6; ++i) *on[i] = tools_[i]->isChecked();
-        page.clickPop = page.clickPop && page.clickPopShown;
+        tools_->Store(setup_.restoration.choices);
     } else if (layout == "output") {
         setup_.output.format = format_->currentIndex();
         setup_.output.makeCopy = makeCopy_->isChecked();
@@ -333,16 +328,8 @@ void LSetupWizardDialog::RefreshNoise() {
 QWidget* LSetupWizardDialog::RestorationPage() {
     auto* page = new QWidget(this);
     auto* layout = new QVBoxLayout(page);
-    const char* texts[] = {"Remove &DC offset",
-                           "&High-pass filter (removes rumble)",
-                           "RIAA &equalization (direct phono connection)",
-                           "Remove &clicks and pops",
-                           "&Noise reduction",
-                           "N&ormalize the volume"};
-    for (int i = 0; i < 6; ++i) {
-        tools_[i] = Check(texts[i], page);
-        layout->addWidget(tools_[i]);
-    }
+    tools_ = std::make_unique<LRestoreSwitchBoxes>(page);
+    for (QCheckBox* box : tools_->Boxes()) layout->addWidget(box);
     layout->addStretch(1);
     return page;
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/SetupWizard.h"
+#include "ui/RestoreSwitchBoxes.h"
 
 #include <QDialog>
 
 #include <functional>
+#include <memory>
 
 class LDBDisplay2;
 class LDevicePicker;
@@ -55,6 +57,7 @@ private:
     QLabel* heading_;
     QLabel* subheading_;
     QWidget* header_;
+    QWidget* headerLine_;
     QStackedWidget* stack_;
     QPushButton* back_;
     QPushButton* next_;
@@ -75,7 +78,7 @@ private:
     QCheckBox* custom_;
     QSpinBox* floor_;
     LDBDisplay2* noiseMeter_;
-    QCheckBox* tools_[6];
+    std::unique_ptr<LRestoreSwitchBoxes> tools_;
     QComboBox* format_;
     QCheckBox* makeCopy_;
     QLineEdit* copyFolder_;

@@ -66,12 +66,19 @@ TEST_F(SetupWizardTest, SkipsThePagesTheSourcePageLeavesAlone) {
 
 TEST_F(SetupWizardTest, PagesShowAndStoreTheirChoices) {
     LRecordingSetupWizard setup({{}, [] {}, [](const LDBMC&) {}});
-    // A cassette has no clicks to remove, whatever was stored.
-    LUserSettingSet<bool>("RecordingSource", "Vinyl", false);
-    LUserSettingSet<bool>("AudioRestoration", "ClickPop", true);
+    // Unstored switches start as the wizard suggests them; a cassette starts without click and
+    // pop removal, whatever was stored, and the user may still choose it.
     setup.restoration.Activate();
-    EXPECT_FALSE(setup.restoration.clickPop);
-    EXPECT_FALSE(setup.restoration.clickPopShown);
+    EXPECT_TRUE(setup.restoration.choices.clickPop);
+    EXPECT_TRUE(setup.restoration.choices.dcOffset);
+    EXPECT_FALSE(setup.restoration.choices.highPass);
+    LUserSettingSet<bool>("RecordingSource", "Vinyl", false);
+    setup.restoration.Activate();
+    EXPECT_FALSE(setup.restoration.choices.clickPop);
+    setup.restoration.choices.clickPop = true;
+    EXPECT_TRUE(setup.restoration.CmOk());
+    EXPECT_TRUE(LRestoreChoices::FromSettings().clickPop);
+    EXPECT_TRUE(LRestoreChoices::FromSettings().normalization);
 
     setup.output.Activate();
     for (const auto& [typed, stored] : std::vector<std::pair<std::string, std::string>>{
@@ -84,8 +91,13 @@ TEST_F(SetupWizardTest, PagesShowAndStoreTheirChoices) {
         EXPECT_TRUE(setup.output.CmOk());
         EXPECT_EQ(LUserSettingGetString("OutputFormat", "FileNameFormat"), stored) << typed;
     }
-    // A copy folder that does not exist is made only when the user agrees.
+    // A copy that is switched on needs a folder; one that does not exist is made only when the
+    // user agrees.
     setup.output.makeCopy = true;
+    setup.output.copyFolder.clear();
+    EXPECT_FALSE(setup.output.CmOk());
+    EXPECT_EQ(ui_.Calls().back().text,
+              "No output folder selected. Please specify an output folder to make copies to.");
     setup.output.copyFolder = (home_.Path() / "copies/side a").string();
     ui_.QueueAnswer(LMessageAnswer::Cancel);
     EXPECT_FALSE(setup.output.CmOk());
@@ -122,12 +134,16 @@ TEST_F(SetupWizardTest, PreferencesRefuseWhatCannotBeStored) {
     ui_.ClearCalls();
     EXPECT_FALSE(audio.CmOk());
     EXPECT_EQ(ui_.Calls().back().caption, "Error");
+    // With the copy off, the folder is kept as typed and nobody is asked to create it.
     audio.makeCopy = false;
+    audio.copyFolder = (home_.Path() / "not made").string();
     audio.format = 0;
     audio.noiseFloor = -45;
     ui_.ClearCalls();
     EXPECT_TRUE(audio.CmOk());
     EXPECT_TRUE(ui_.Calls().empty());
+    EXPECT_FALSE(fs::exists(audio.copyFolder));
+    EXPECT_EQ(LUserSettingGetString("OutputFormat", "OutputFolder"), audio.copyFolder);
     audio.noiseFloor = -70;
     ui_.QueueAnswer(LMessageAnswer::Cancel);
     EXPECT_FALSE(audio.CmOk());

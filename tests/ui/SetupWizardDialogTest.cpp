@@ -18,6 +18,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -73,6 +74,11 @@ TEST_F(SetupWizardDialogTest, StoresEveryPageItWalksThrough) {
     ASSERT_TRUE(wizard.Start());
     wizard.show();
     EXPECT_FALSE(wizard.BackButton()->isEnabled());
+    // The welcome stands once on the page, without the header band of the other pages.
+    int welcomes = 0;
+    for (QLabel* label : wizard.findChildren<QLabel*>())
+        welcomes += label->isVisible() && label->text().startsWith("Welcome to the");
+    EXPECT_EQ(welcomes, 1);
     Named<QCheckBox>(wizard, "&Do not show this page again")->setChecked(true);
     wizard.NextButton()->click();
     EXPECT_EQ(wizard.Heading(), "Recording Source");
@@ -89,7 +95,11 @@ TEST_F(SetupWizardDialogTest, StoresEveryPageItWalksThrough) {
     wizard.NextButton()->click();
     EXPECT_EQ(wizard.Heading(), "Audio Restoration Tools");
     EXPECT_EQ(wizard.windowTitle(), "Select Audio Restoration Tools");
-    EXPECT_FALSE(Named<QCheckBox>(wizard, "Remove &clicks and pops")->isVisible());
+    // A cassette is offered click and pop removal unticked; the user may choose it.
+    QCheckBox* clickPop = Named<QCheckBox>(wizard, "Remove &clicks and pops");
+    EXPECT_TRUE(clickPop->isVisible());
+    EXPECT_FALSE(clickPop->isChecked());
+    clickPop->setChecked(true);
     Named<QCheckBox>(wizard, "&High-pass filter (removes rumble)")->setChecked(true);
     wizard.NextButton()->click();
     EXPECT_EQ(wizard.Heading(), "Output Format");
@@ -120,7 +130,7 @@ TEST_F(SetupWizardDialogTest, StoresEveryPageItWalksThrough) {
         {"Settings", "CustomNoiseFloor", "1"},
         {"Settings", "dBNoiseFloor", "-40"},
         {"AudioRestoration", "HPF", "1"},
-        {"AudioRestoration", "ClickPop", "0"},
+        {"AudioRestoration", "ClickPop", "1"},
         {"AudioRestoration", "Normalization", "1"},
         {"OutputFormat", "OutputFormatNum", "0"},
         {"OutputFormat", "MakeCopy", "1"},
@@ -142,6 +152,10 @@ TEST_F(SetupWizardDialogTest, PreferencesKeepTheSheetOpenOnARefusal) {
     EXPECT_TRUE(preferences.isVisible());
     EXPECT_EQ(preferences.Tabs()->currentIndex(), 0);
     EXPECT_EQ(ui_.Calls().back().caption, "Vinora Records Vinyl to CD Converter");
+    // A label of a row of several controls still has a working mnemonic, not a literal "&".
+    QLabel* folder = Named<QLabel>(preferences, "Recordings &folder:");
+    ASSERT_NE(folder, nullptr);
+    EXPECT_EQ(folder->buddy(), Named<QComboBox>(preferences, "Recordings folder"));
 }
 
 TEST_F(SetupWizardDialogTest, TheFirstStartOpensTheWizardAndThenTheRecordingWindow) {
