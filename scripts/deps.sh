@@ -11,7 +11,7 @@ packages=(
   unzip zip
   xorriso genisoimage p7zip-full udftools
   fonts-dejavu-core xvfb xauth
-  pulseaudio pulseaudio-utils
+  pulseaudio pulseaudio-utils dbus-daemon
 )
 
 missing=()

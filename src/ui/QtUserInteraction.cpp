@@ -1,6 +1,7 @@
 #include "ui/QtUserInteraction.h"
 
 #include "platform/Log.h"
+#include "ui/DesktopNotification.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -80,6 +81,9 @@ std::vector<std::string> Paths(const QStringList& list) {
 } // namespace
 
 QWidget* LQtUserInteraction::Parent() const {
+    // The window that asked is the modal one on top when there is one: a box parented below it
+    // would open behind it, out of the user's reach.
+    if (QWidget* modal = QApplication::activeModalWidget()) return modal;
     QWidget* parent = parent_ ? parent_() : nullptr;
     return parent ? parent : QApplication::activeWindow();
 }
@@ -152,7 +156,8 @@ void LQtUserInteraction::ShowDockNotice(const std::string& text) {
         if (tray_ && QSystemTrayIcon::isSystemTrayAvailable() &&
             QSystemTrayIcon::supportsMessages())
             tray_->showMessage(QApplication::applicationDisplayName(), Text(text));
-        else
+        else if (!SendDesktopNotification(
+                     QApplication::applicationDisplayName().toStdString(), text))
             LOG("%s", text.c_str());
         return 0;
     });

@@ -13,7 +13,8 @@ class QWidget;
 class LQtUserInteraction : public LUserInteraction {
 public:
     // Dialogs open above the window `parent` returns (the active window when it returns
-    // nullptr). Dock notices go to `tray` when the desktop has a tray, else to the log.
+    // nullptr). Dock notices go to `tray` when the desktop has a tray, else to the
+    // desktop's notification service, else to the log.
     void SetParentWindow(std::function<QWidget*()> parent) { parent_ = std::move(parent); }
     void SetTrayIcon(QSystemTrayIcon* tray) { tray_ = tray; }
 
