@@ -9,12 +9,14 @@
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
 #include <strings.h>
 
+#include <algorithm>
 #include <functional>
 
 namespace {
@@ -28,12 +30,23 @@ bool IsWave(const std::string& path) {
     return dot != std::string::npos && strcasecmp(path.c_str() + dot, ".wav") == 0;
 }
 
-QComboBox* EditableList(QWidget* parent, const std::string& value) {
+// A list of names; an editable one also takes a name that is not in it.
+QComboBox* NameList(QWidget* parent, bool editable) {
     auto* list = new QComboBox(parent);
-    list->setEditable(true);
+    list->setEditable(editable);
     list->setInsertPolicy(QComboBox::NoInsert);
-    list->setCurrentText(Text(value));
     return list;
+}
+
+void ShowValue(QWidget* widget, const std::string& value) {
+    if (auto* edit = qobject_cast<QLineEdit*>(widget)) edit->setText(Text(value));
+    if (auto* text = qobject_cast<QPlainTextEdit*>(widget)) text->setPlainText(Text(value));
+    if (auto* list = qobject_cast<QComboBox*>(widget)) {
+        if (list->isEditable())
+            list->setCurrentText(Text(value));
+        else
+            list->setCurrentIndex(std::max(list->findText(Text(value)), 0));
+    }
 }
 
 QDialogButtonBox* OkCancel(QDialog* dialog) {
@@ -50,20 +63,25 @@ QWidget* LTagEditorDialog::AddField(QFormLayout* form, const LTagField& field,
     QWidget* widget = nullptr;
     const std::string tag = field.tag;
     if (tag == "GENRE") {
-        auto* list = EditableList(this, "");
+        // Only the ID3 editor takes a genre that is not in the list.
+        auto* list = NameList(this, id3_ != nullptr);
         for (const char* genre : _Genres)
             list->addItem(genre);
-        list->setCurrentText(Text(value));
         widget = list;
     } else if (tag == "CATEGORY") {
-        auto* list = EditableList(this, "");
+        auto* list = NameList(this, true);
         for (const LCartCategoryName& category : _CategoryNames)
             list->addItem(category.name);
-        list->setCurrentText(Text(value));
         widget = list;
+    } else if (list_ && tag == "COMMENT") {
+        auto* text = new QPlainTextEdit(this);
+        text->setTabChangesFocus(true);
+        text->setFixedHeight(text->fontMetrics().lineSpacing() * 4 + 12);
+        widget = text;
     } else {
-        widget = new QLineEdit(Text(value), this);
+        widget = new QLineEdit(this);
     }
+    ShowValue(widget, value);
     widget->setAccessibleName(QString(field.label).remove(':'));
     form->addRow(field.label, widget);
     fields_[tag] = widget;
@@ -83,11 +101,8 @@ LTagEditorDialog::LTagEditorDialog(QWidget* parent, LAudioTagData& tags, const s
             AddField(form, field, basic_->Values().at(field.tag));
         auto* clear = new QPushButton("&Clear Data", page);
         connect(clear, &QPushButton::clicked, this, [this] {
-            for (auto& [tag, widget] : fields_) {
-                if (auto* edit = qobject_cast<QLineEdit*>(widget)) edit->clear();
-                if (auto* list = qobject_cast<QComboBox*>(widget))
-                    list->setCurrentIndex(static_cast<int>(kNumGenres) - 1);
-            }
+            basic_->ClearData();
+            for (const auto& [tag, value] : basic_->Values()) ShowValue(fields_.at(tag), value);
         });
         form->addRow(clear);
         pages->addTab(page, "Basic");
@@ -149,6 +164,8 @@ void LTagEditorDialog::Collect(
     const std::function<void(const std::string&, const std::string&)>& set) const {
     for (const auto& [tag, widget] : fields_) {
         if (auto* edit = qobject_cast<QLineEdit*>(widget)) set(tag, edit->text().toStdString());
+        if (auto* text = qobject_cast<QPlainTextEdit*>(widget))
+            set(tag, text->toPlainText().toStdString());
         if (auto* list = qobject_cast<QComboBox*>(widget))
             set(tag, list->currentText().toStdString());
     }

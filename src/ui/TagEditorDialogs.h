@@ -22,7 +22,7 @@ public:
     LTagEditorDialog(QWidget* parent, LAudioTagData& tags);
     ~LTagEditorDialog() override;
 
-    // The field of a tag ("TITLE"): a line edit or an editable list.
+    // The field of a tag ("TITLE"): a line edit, a text of several lines or a list.
     QWidget* Field(const char* tag) const;
 
     void accept() override;

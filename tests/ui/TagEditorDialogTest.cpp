@@ -6,6 +6,8 @@
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTabWidget>
 
 TEST(TagEditorDialog, TypedFieldsReachTheStoreOnOk) {
@@ -35,4 +37,36 @@ TEST(TagEditorDialog, TypedFieldsReachTheStoreOnOk) {
         many.accept();
     }
     EXPECT_EQ(tags.GetTag("ALBUM"), "Collected");
+}
+
+TEST(TagEditorDialog, FieldsTakeWhatEachEditorAllows) {
+    QtTestApp();
+    LAudioTagData tags;
+    tags.SetTag("GENRE", "Jazz", true);
+    tags.SetTag("TITLE", "Old title", true);
+    {
+        // Only the ID3 editor takes a genre of its own.
+        LTagEditorDialog id3(nullptr, tags, "/music/a.mp3");
+        EXPECT_TRUE(qobject_cast<QComboBox*>(id3.Field("GENRE"))->isEditable());
+        LTagEditorDialog wave(nullptr, tags, "/music/a.wav");
+        auto* genre = qobject_cast<QComboBox*>(wave.Field("GENRE"));
+        EXPECT_FALSE(genre->isEditable());
+        EXPECT_EQ(genre->currentText(), "Jazz");
+        // "Clear Data" empties every field and shows the empty genre; OK then removes the tags.
+        for (QPushButton* button : wave.findChildren<QPushButton*>())
+            if (button->text() == "&Clear Data") button->click();
+        EXPECT_EQ(qobject_cast<QLineEdit*>(wave.Field("TITLE"))->text(), "");
+        EXPECT_EQ(genre->currentIndex(), 147);
+        wave.accept();
+    }
+    EXPECT_EQ(tags.GetTag("TITLE"), "");
+    EXPECT_EQ(tags.GetTag("GENRE"), "");
+    {
+        LTagEditorDialog many(nullptr, tags);
+        auto* comment = qobject_cast<QPlainTextEdit*>(many.Field("COMMENT"));
+        ASSERT_NE(comment, nullptr);
+        comment->setPlainText("Side A\nRecorded at home");
+        many.accept();
+    }
+    EXPECT_EQ(tags.GetTag("COMMENT"), "Side A\nRecorded at home");
 }
