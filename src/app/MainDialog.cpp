@@ -9,6 +9,7 @@
 #include "jobs/MainThreadQueue.h"
 #include "jobs/UserInteraction.h"
 #include "platform/ComponentDownload.h"
+#include "platform/Components.h"
 #include "platform/FileOps.h"
 #include "platform/Folders.h"
 #include "platform/Log.h"
@@ -108,12 +109,13 @@ MainDialog::~MainDialog() {
 }
 
 void MainDialog::InitDialog() {
+    // The download window opens only when the encoder is missing.
     char encoder[kPathBufferSize];
-    const LProcessResult installed = view_.RunJob(kInstallOnDemandCaption, [&](LProcessInterface& pi) {
-        LProcessGetComponentPath job{"mp3el", encoder};
-        return static_cast<LProcessResult>(Process(pi, job));
-    });
-    if (installed != PROCESS_DONE)
+    if (!GetComponentPath("mp3el", encoder, true) &&
+        view_.RunJob(kInstallOnDemandCaption, [&](LProcessInterface& pi) {
+            LProcessGetComponentPath job{"mp3el", encoder};
+            return static_cast<LProcessResult>(Process(pi, job));
+        }) != PROCESS_DONE)
         Tell("The attempted auto-installation of the MP3 encoder component has failed. Please "
              "download the file 'mp3el' from the components page of the Vinora Records web site "
              "and install it into the Components folder.");
@@ -240,6 +242,9 @@ void MainDialog::RunCommand(int id) {
         break;
     case CM_MOVE_DOWN:
         CmMove(+1);
+        break;
+    case CM_CLOSE_WINDOW:
+        view_.CloseWindow();
         break;
     default:
         break;
@@ -527,11 +532,18 @@ void MainDialog::CmEditWithSoundEditor() {
     const int row = list_.Current() >= 0 ? list_.Current() : -1;
     const std::string path = row >= 0 ? PathOf(row) : std::string();
     LMainThreadQueue* queue = LMainThreadQueue::Current();
-    LStartSoundEditor(path, [queue, self = self_] {
+    const bool started = LStartSoundEditor(path, [queue, self = self_] {
         if (queue) queue->Post([self] {
             if (*self) (*self)->RefreshFileList();
         });
     });
+    if (started) return;
+    const std::string command = LSoundEditorCommand();
+    const std::string problem =
+        command.empty() ? "No sound editor was found on this computer."
+                        : "The sound editor \"" + command + "\" could not be started.";
+    Tell(problem + " Install a sound editor such as Audacity, or choose the command that starts "
+                   "yours with:\n\nvinora-cli settings set Settings SoundEditor COMMAND");
 }
 
 void MainDialog::CmEditTag() {
@@ -549,6 +561,7 @@ void MainDialog::CmEditTag() {
         Tell("Could not write a tag to the selected file.");
         return;
     }
+    RefreshRowDetails(row);
     const int format = LUserSettingGet<int>("OutputFormat", "OutputFormatNum", 1);
     if (format == 0 || format == 1) {
         const std::string copyFolder =
@@ -572,6 +585,7 @@ void MainDialog::CmEditSelectedTags() {
     for (const std::string& path : paths) {
         if (tags.WriteTags(path.c_str(), true, static_cast<signed char>(written + 1))) {
             ++written;
+            RefreshRowDetails(list_.Find(FileOf(path)));
             continue;
         }
         const std::string text = Printf("Could not write a tag to file: %s", path.c_str());
@@ -579,6 +593,13 @@ void MainDialog::CmEditSelectedTags() {
         Tell(text);
     }
     Tell(Printf("Tags were written successfully to %d files.", written));
+}
+
+void MainDialog::RefreshRowDetails(int row) {
+    LRecordingRow fresh;
+    if (row < 0 || !MakeRow(PathOf(row).c_str(), fresh)) return;
+    list_.UpdateDetails(row, fresh);
+    view_.RowsChanged();
 }
 
 void MainDialog::CmMove(int step) {

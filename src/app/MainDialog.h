@@ -34,6 +34,8 @@ public:
     // Starts in-place editing of the row's name.
     virtual void BeginRename(int row) = 0;
     virtual void HideWindow() = 0;
+    // Closes the window as the user would: the exit checks apply.
+    virtual void CloseWindow() = 0;
     // Runs a job behind a progress window with this caption and returns its result.
     virtual LProcessResult RunJob(const char* caption,
                                   const std::function<LProcessResult(LProcessInterface&)>& job) = 0;
@@ -125,6 +127,8 @@ private:
     void CmCopyTo();
     void CmEditWithSoundEditor();
     void CmEditTag();
+    // Shows the file's size and modification time again after it was changed in place.
+    void RefreshRowDetails(int row);
     void CmEditSelectedTags();
     void CmMove(int step);
     void CmPlay();

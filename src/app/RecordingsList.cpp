@@ -33,6 +33,16 @@ int LRecordingsList::Add(LRecordingRow row) {
     return Count() - 1;
 }
 
+void LRecordingsList::UpdateDetails(int index, const LRecordingRow& fresh) {
+    LRecordingRow& row = rows_[static_cast<size_t>(index)];
+    row.duration = fresh.duration;
+    row.durationMs = fresh.durationMs;
+    row.size = fresh.size;
+    row.sizeBytes = fresh.sizeBytes;
+    row.modified = fresh.modified;
+    row.modifiedTime = fresh.modifiedTime;
+}
+
 void LRecordingsList::Remove(int index) {
     if (index < 0 || index >= Count()) return;
     rows_.erase(rows_.begin() + index);

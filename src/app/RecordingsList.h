@@ -40,6 +40,9 @@ public:
     // Adds a row at the end with the next insertion number; returns its index.
     int Add(LRecordingRow row);
     void Remove(int index);
+    // Takes the file's details (duration, size, modification time) from `fresh`, after the
+    // file was changed in place; the name, icon, order and selection stay.
+    void UpdateDetails(int index, const LRecordingRow& fresh);
     void Clear();
 
     // Selection: the view reports it; the list keeps the current row (the focused one).

@@ -29,10 +29,16 @@ int Process(LProcessInterface& pi, LProcessCheckForVersionUpdates& job) {
     return LParseVersionReply(reply, job) ? PROCESS_DONE : PROCESS_FAILED;
 }
 
-int LAboutCheckForVersionUpdate(LProcessInterface& progress) {
+int LAboutCheckForVersionUpdate(LProcessInterface& progress, bool askedByUser) {
     LProcessCheckForVersionUpdates job;
     const int result = Process(progress, job);
     LUserInteraction& user = UserInteraction();
+    if (result == PROCESS_FAILED && askedByUser)
+        user.ShowMessage(kProgramName,
+                         "The check for updates could not be done: the version server could not "
+                         "be reached or gave no answer. Check your network connection and try "
+                         "again later.",
+                         LMessageButtons::Ok);
     if (result != PROCESS_DONE) return result;
     if (job.latestVersion <= kProgramVersion + 1e-9) {
         user.ShowMessage("Version Current", "The current version is up-to-date",

@@ -26,6 +26,7 @@ bool LParseVersionReply(const char* reply, LProcessCheckForVersionUpdates& job);
 // The "Check for Updates" command: runs the check with `progress` (normally a progress window
 // captioned kCheckingForUpdatesCaption) and tells the user the outcome through the
 // user interaction; when a newer version exists and the user chooses to view it, its
-// information link opens in the web browser (http and https links only). A failed check shows
-// nothing: the caller decides. Returns the check's result.
-int LAboutCheckForVersionUpdate(LProcessInterface& progress);
+// information link opens in the web browser (http and https links only). A failed check tells
+// the user it could not be done when the user asked for it (`askedByUser`); a check made
+// without asking stays silent. Returns the check's result.
+int LAboutCheckForVersionUpdate(LProcessInterface& progress, bool askedByUser);

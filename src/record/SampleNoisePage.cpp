@@ -27,6 +27,7 @@ LSampleNoisePage::~LSampleNoisePage() {
 
 bool LSampleNoisePage::StartRecorder() {
     recorder_.Stop();
+    inputEnded_ = false;
     recorder_.GetLowLevel().SetDevice(
         device_.value_or(LSettingGetSoundRecordDevice(kSection, "SoundInDevice")));
     recorder_.GetLowLevel().SetVolume(
@@ -37,6 +38,15 @@ bool LSampleNoisePage::StartRecorder() {
 }
 
 void LSampleNoisePage::CmMeasure() {
+    // Without input no level would ever arrive and the measurement would never end.
+    if (inputEnded_) {
+        UserInteraction().ShowMessage(kProgramName,
+                                      "The sound input has stopped, so there is nothing to "
+                                      "measure. Check the input, then open this page again to "
+                                      "restart it.",
+                                      LMessageButtons::Ok);
+        return;
+    }
     measure_.Start(sink_->GetPosition());
     view_.Refresh();
 }
@@ -53,6 +63,7 @@ bool LSampleNoisePage::CmOk(bool custom, int floor) {
 }
 
 void LSampleNoisePage::srntfStop(long) {
+    inputEnded_ = true;
     if (!measure_.IsMeasuring()) return;
     measure_.Cancel();
     status_ = custom_ ? kCustomNoiseFloorText : LNoiseFloorText(storedFloor_);

@@ -65,4 +65,5 @@ private:
     bool custom_ = false;
     std::optional<LSoundRecordDevice> device_;
     bool paced_ = false;
+    bool inputEnded_ = false; // the recorder stopped by itself
 };

@@ -142,7 +142,7 @@ void LMainWindow::BuildHelpMenu() {
     QMenu* help = menuBar()->addMenu("&Help");
     help->addAction("&Check for Updates...", this, [this] {
         RunJob(kCheckingForUpdatesCaption, [](LProcessInterface& pi) {
-            return static_cast<LProcessResult>(LAboutCheckForVersionUpdate(pi));
+            return static_cast<LProcessResult>(LAboutCheckForVersionUpdate(pi, true));
         });
     });
     help->addSeparator();
@@ -280,6 +280,10 @@ void LMainWindow::BeginRename(int row) {
 
 void LMainWindow::HideWindow() {
     hide();
+}
+
+void LMainWindow::CloseWindow() {
+    close();
 }
 
 LProcessResult LMainWindow::RunJob(const char* caption,

@@ -44,6 +44,7 @@ private:
     void StatusChanged(int pane) override;
     void BeginRename(int row) override;
     void HideWindow() override;
+    void CloseWindow() override;
     LProcessResult RunJob(const char* caption,
                           const std::function<LProcessResult(LProcessInterface&)>& job) override;
 

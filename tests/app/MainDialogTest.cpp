@@ -24,12 +24,16 @@ namespace {
 // Records what the logic asked of its window.
 struct FakeView : LMainDialogView {
     int renamed = -1;
+    int closed = 0;
+    std::vector<std::string> jobs; // the captions of the progress windows opened
     void RowsChanged() override {}
     void StatusChanged(int) override {}
     void BeginRename(int row) override { renamed = row; }
     void HideWindow() override {}
-    LProcessResult RunJob(const char*,
+    void CloseWindow() override { ++closed; }
+    LProcessResult RunJob(const char* caption,
                           const std::function<LProcessResult(LProcessInterface&)>& job) override {
+        jobs.push_back(caption);
         LProcessInterfaceVoid none;
         return job(none);
     }
@@ -177,6 +181,35 @@ TEST_F(MainDialogTest, MovesOneSelectedRowWithinTheList) {
     EXPECT_EQ(dialog.List().Selected(), std::vector<int>{0});
 }
 
+TEST_F(MainDialogTest, StartUpDownloadsTheEncoderOnlyWhenItIsMissing) {
+    // LAME on PATH stands in for the component.
+    dialog.InitDialog();
+    dialog.Shutdown();
+    EXPECT_TRUE(view.jobs.empty());
+    EXPECT_TRUE(Texts().empty());
+
+    // Nothing on PATH: no encoder, and no sound editor either.
+    Tone(output / "a.wav");
+    const std::string path = getenv("PATH");
+    setenv("PATH", home.Path().c_str(), 1);
+    MainDialog second{view, {}};
+    second.InitDialog();
+    second.Shutdown();
+    EXPECT_EQ(view.jobs, std::vector<std::string>{"Install-on-Demand"});
+    ASSERT_EQ(Texts().size(), 1u);
+    EXPECT_EQ(Texts()[0].rfind("The attempted auto-installation of the MP3 encoder component has "
+                               "failed.",
+                               0),
+              0u);
+    second.RefreshFileList();
+    second.List().SelectOnly(0);
+    second.RunCommand(CM_EDIT_WITH_SONEDIT);
+    setenv("PATH", path.c_str(), 1);
+    ASSERT_EQ(Texts().size(), 2u);
+    EXPECT_EQ(Texts()[1].rfind("No sound editor was found on this computer.", 0), 0u);
+    EXPECT_NE(Texts()[1].find("vinora-cli settings set Settings SoundEditor"), std::string::npos);
+}
+
 TEST_F(MainDialogTest, EnabledStatesFollowTheSelectionAndTheWindowsThatExist) {
     EXPECT_TRUE(dialog.IsCommandEnabled(CM_ADD_FILES));
     EXPECT_FALSE(dialog.IsCommandEnabled(CM_SELECT_ALL));
@@ -211,6 +244,8 @@ TEST_F(MainDialogTest, QueueMessagesUpdateTheStatusPanes) {
 }
 
 TEST_F(MainDialogTest, ExitAsksAgainWhileFilesAreQueued) {
+    dialog.RunCommand(CM_CLOSE_WINDOW);
+    EXPECT_EQ(view.closed, 1);
     ui.QueueAnswer(LMessageAnswer::Ok);
     EXPECT_TRUE(dialog.CanClose());
     dialog.OnMainNotify(WM_NOTIFY_FILES_PROCESSING, "", 0);
@@ -230,10 +265,17 @@ TEST_F(MainDialogTest, TagEditsGoToTheCopyFolderToo) {
     LUserSettingSetString("OutputFormat", "OutputFolder", copies.c_str());
     Tone(output / "a.wav");
     fs::copy_file(output / "a.wav", copies / "a.wav");
+    const utimbuf old{1235977509, 1235977509};
+    utime((output / "a.wav").c_str(), &old);
     dialog.RefreshFileList();
     dialog.List().SelectOnly(0);
+    ASSERT_EQ(dialog.List().Rows()[0].modifiedTime, 1235977509);
     dialog.RunCommand(CM_EDIT_TAG);
     EXPECT_EQ(Texts(), std::vector<std::string>{"Tag written successfully to file."});
+    // "Last Modified" and "Size" show the file as the edit left it.
+    EXPECT_GT(dialog.List().Rows()[0].modifiedTime, 1235977509);
+    EXPECT_EQ(dialog.List().Rows()[0].sizeBytes,
+              static_cast<int64_t>(fs::file_size(output / "a.wav")));
     for (const fs::path& file : {output / "a.wav", copies / "a.wav"}) {
         LAudioTagData tags;
         tags.ReadTags(file.c_str(), tagModeAll);

@@ -63,7 +63,7 @@ protected:
 
 TEST_F(UpdateCommandTest, SameVersionIsCurrentAndANewerOneOffersItsPage) {
     server_.Serve(kVersionPath, Body("version=1.51&info=http://x/y"));
-    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_DONE);
+    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_, true), PROCESS_DONE);
     auto calls = user_.Calls();
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0].caption, "Version Current");
@@ -72,7 +72,7 @@ TEST_F(UpdateCommandTest, SameVersionIsCurrentAndANewerOneOffersItsPage) {
     user_.ClearCalls();
     server_.Serve(kVersionPath, Body("version=1.6&info=http://x/y"));
     user_.QueueAnswer(LMessageAnswer::Ok);
-    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_DONE);
+    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_, true), PROCESS_DONE);
     calls = user_.Calls();
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0].caption, "Update Version Available");
@@ -86,7 +86,7 @@ TEST_F(UpdateCommandTest, SameVersionIsCurrentAndANewerOneOffersItsPage) {
     fs::remove(opened_);
     server_.Serve(kVersionPath, Body("version=1.6&info=file:///etc/passwd"));
     user_.QueueAnswer(LMessageAnswer::Ok);
-    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_DONE);
+    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_, true), PROCESS_DONE);
     EXPECT_EQ(OpenedLink(), "");
 }
 
@@ -99,9 +99,13 @@ TEST_F(UpdateCommandTest, ReplyWithoutAVersionOrLinkOrNoServerFails) {
         EXPECT_EQ(Process(progress_, job), PROCESS_FAILED) << reply;
     }
 
+    // Without a server the check the user asked for says so; one made unasked stays silent.
     LUserSettingDeleteItem(kNetworkSection, kVersionHostKey);
-    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_), PROCESS_FAILED);
+    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_, false), PROCESS_FAILED);
     EXPECT_TRUE(user_.Calls().empty());
+    EXPECT_EQ(LAboutCheckForVersionUpdate(progress_, true), PROCESS_FAILED);
+    ASSERT_EQ(user_.Calls().size(), 1u);
+    EXPECT_EQ(user_.Calls()[0].text.rfind("The check for updates could not be done", 0), 0u);
     EXPECT_EQ(server_.Requests().size(), 4u);
 }
 
