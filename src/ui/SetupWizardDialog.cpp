@@ -35,6 +35,15 @@ QLabel* Wrapped(const char* text, QWidget* parent) {
     return label;
 }
 
+// The heading of a page that has no header band.
+QLabel* PageHeading(const char* text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    QFont bold = label->font();
+    bold.setBold(true);
+    label->setFont(bold);
+    return label;
+}
+
 QSpinBox* DBField(int low, int high, const char* name, QWidget* parent) {
     auto* box = new QSpinBox(parent);
     box->setRange(low, high);
@@ -211,11 +220,7 @@ void LSetupWizardDialog::Store(const std::string& layout) {
 QWidget* LSetupWizardDialog::IntroductionPage() {
     auto* page = new QWidget(this);
     auto* layout = new QVBoxLayout(page);
-    auto* title = new QLabel("Welcome to the Vinora Records Recording Setup Wizard!", page);
-    QFont bold = title->font();
-    bold.setBold(true);
-    title->setFont(bold);
-    layout->addWidget(title);
+    layout->addWidget(PageHeading("Welcome to the Vinora Records Recording Setup Wizard!", page));
     layout->addWidget(Wrapped(
         "This wizard sets up your recordings step by step: where the sound comes from, the "
         "recording volume, the background noise of your turntable or tape deck, the tools that "
@@ -374,9 +379,8 @@ QWidget* LSetupWizardDialog::OutputPage() {
 QWidget* LSetupWizardDialog::FinalPage() {
     auto* page = new QWidget(this);
     auto* layout = new QVBoxLayout(page);
-    layout->addWidget(Wrapped("The Wizard Setup is now complete. Press Finish to store your "
-                              "choices.",
-                              page));
+    layout->addWidget(PageHeading("The Wizard Setup is now complete.", page));
+    layout->addWidget(Wrapped("Press Finish to store your choices.", page));
     layout->addStretch(1);
     startNow_ = Check("&Start recording now", page);
     layout->addWidget(startNow_);

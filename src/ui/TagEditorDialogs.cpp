@@ -7,6 +7,7 @@
 #include <QDateTimeEdit>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -76,7 +77,7 @@ QWidget* LTagEditorDialog::AddField(QFormLayout* form, const LTagField& field,
     } else if (list_ && tag == "COMMENT") {
         auto* text = new QPlainTextEdit(this);
         text->setTabChangesFocus(true);
-        text->setFixedHeight(text->fontMetrics().lineSpacing() * 4 + 12);
+        text->setMinimumHeight(text->fontMetrics().lineSpacing() * 4 + 12);
         widget = text;
     } else {
         widget = new QLineEdit(this);
@@ -104,7 +105,10 @@ LTagEditorDialog::LTagEditorDialog(QWidget* parent, LAudioTagData& tags, const s
             basic_->ClearData();
             for (const auto& [tag, value] : basic_->Values()) ShowValue(fields_.at(tag), value);
         });
-        form->addRow(clear);
+        auto* clearRow = new QHBoxLayout;
+        clearRow->addStretch(1);
+        clearRow->addWidget(clear);
+        form->addRow(clearRow);
         pages->addTab(page, "Basic");
         layout->addWidget(pages);
         resize(738, 627);
@@ -148,6 +152,9 @@ LTagEditorDialog::LTagEditorDialog(QWidget* parent, LAudioTagData& tags)
     form->addRow("Track Number", track);
     AddField(form, {"Copyright", "COPYRIGHT"}, list_->Values().at("COPYRIGHT"));
     AddField(form, {"Comment", "COMMENT"}, list_->Values().at("COMMENT"));
+    // The notes keep their height; the comment takes the room that is left.
+    for (QLabel* note : findChildren<QLabel*>())
+        note->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     layout->addLayout(form);
     layout->addWidget(OkCancel(this));
     resize(720, 340);
