@@ -82,6 +82,18 @@ TEST_F(MainWindowTest, MenusAndToolbarFollowTheSelection) {
     EXPECT_FALSE(window.Action(CM_REMOVE_FILES)->isEnabled());
 }
 
+TEST_F(MainWindowTest, CloseWindowAsksAndCloses) {
+    LMainWindow window{LMainDialogWindows{}};
+    window.show();
+    EXPECT_EQ(window.Action(CM_CLOSE_WINDOW)->shortcut().toString(), "Ctrl+W");
+    ui.QueueAnswer(LMessageAnswer::Cancel);
+    window.Action(CM_CLOSE_WINDOW)->trigger();
+    EXPECT_TRUE(window.isVisible());
+    ui.QueueAnswer(LMessageAnswer::Ok);
+    window.Action(CM_CLOSE_WINDOW)->trigger();
+    EXPECT_FALSE(window.isVisible());
+}
+
 TEST_F(MainWindowTest, F2RenamesTheFileOnDisk) {
     Tone(output / "take1.wav");
     LMainWindow window{LMainDialogWindows{}};
