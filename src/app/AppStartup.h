@@ -30,6 +30,10 @@ public:
 // The processing queue's file, "vnprocesses.list" in the application data folder.
 std::string LQueueFilePath();
 
+// The outputs (full paths) of the requests in the queue file, the one being converted first.
+// A request without a destination names its output after its source.
+std::vector<std::string> LQueuedOutputs();
+
 // What becomes of the requests of a queue file that is discarded at start-up: each recording
 // that exists nowhere else (a temporary recording) is moved into "Recovered Recordings" in the
 // request's output folder, the request's half-written output is removed, and the user is told

@@ -49,6 +49,10 @@ bool CliRecordingSession::QueueConversion(const LProcessConvert& request) {
     return ProcessListFile::Append(LQueueFilePath().c_str(), &request, sizeof request);
 }
 
+std::vector<std::string> CliRecordingSession::QueuedOutputs() {
+    return LQueuedOutputs();
+}
+
 void CliRecordingSession::PostToMainWindow(int message, int value) {
     if (message == WM_RECORDING_SESSION_ENDED && value == 1) ended_ = true;
 }
