@@ -177,6 +177,7 @@ void LRecordingPage::RecordStart(bool resume) {
     lastPosition_ = 0;
     // What was recorded before a pause stays.
     loudEnd_ = resume ? sink_->GetPosition() : 0;
+    lastReportLoud_ = false;
     format_ = LRecordingFormatText(LGetOutputFormatNum());
     SetStatus(resume && verified_ ? "Recording" : "Waiting for audio stream");
     LOG("Recording to file %s", name_.c_str());
@@ -217,6 +218,7 @@ void LRecordingPage::SplitTrack() {
     verified_ = false;
     currentTime_ = LSoundTime();
     lastPosition_ = loudEnd_ = 0;
+    lastReportLoud_ = false;
     ResetDetection();
     PlayTone("RecordTone", LTone::Start);
     format_ = LRecordingFormatText(LGetOutputFormatNum());
@@ -474,7 +476,10 @@ void LRecordingPage::srntfWait(long) {
 
 void LRecordingPage::srntfStop(long) {
     // The recorder stopped by itself (the input ended): the track is kept as Stop keeps it.
+    // An input that ended in what already looked like the gap after the track ends the track
+    // where a split would have.
     if (stopping_) return;
+    if (detector_ && detector_->IsEnding()) CutAfterLastLoud();
     CmStopSession(false);
 }
 
@@ -491,7 +496,15 @@ void LRecordingPage::srntfLevel(const LDBMC& levels, long) {
     lastPosition_ = sink_->GetPosition();
     const LTrackDetector::Result result =
         detector_->OnLevel(levels, lastPosition_, sink_->GetSampleRate());
-    if (result.loud) loudEnd_ = lastPosition_;
+    if (result.loud) {
+        loudEnd_ = lastPosition_;
+    } else if (lastReportLoud_) {
+        // A report stands for the last buffer the recorder read; when the window was busy it
+        // read more since the one before, and the audio may have stayed loud into all but the
+        // last of them.
+        loudEnd_ = std::max(loudEnd_, lastPosition_ - kSampleRate / 10);
+    }
+    lastReportLoud_ = result.loud;
     if (result.verified) {
         verified_ = true;
         SetStatus("Recording");

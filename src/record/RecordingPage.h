@@ -176,6 +176,7 @@ private:
     // The recording's length at the last level report that reached the track detector's end
     // threshold: a track that ends is cut 50 ms after it.
     int loudEnd_ = 0;
+    bool lastReportLoud_ = false;
     std::optional<LSoundRecordDevice> device_;
     bool paced_ = false;
 };

@@ -41,6 +41,8 @@ public:
     void ResumeStarted() { started_ = true; }
 
     bool IsStarted() const { return started_; }
+    // The level has dropped below the end threshold and the end check is under way.
+    bool IsEnding() const { return endCandidate_; }
     // The average of the last start check, -127 before the first.
     int LastAverage() const { return lastAverage_; }
 
