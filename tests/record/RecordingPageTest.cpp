@@ -263,4 +263,22 @@ TEST_F(RecordingPageTest, ATypedNameThatIsTakenGetsANumber) {
     }
 }
 
+// A session that starts on a disc already too full shows the capacity tip once.
+TEST_F(RecordingPageTest, ASessionStartingOverTheDiscCapacityShowsTheTipOnce) {
+    LUserSettingSet<int>("OutputFormat", "OutputFormatNum", 2);
+    LUserSettingSetString("CD", "Capacity", "1 MB");
+    LUserSettingSet<int>("RecordingPage", "TotalSize", 2 * 1048576);
+    for (int session = 0; session < 2; ++session) {
+        ui_.ClearCalls();
+        std::unique_ptr<LRecordingPage> page = Page();
+        EXPECT_NE(page->RemainingDiscSpace().find("(Disc Capacity Exceeded)"), std::string::npos);
+        ASSERT_EQ(ui_.Calls().size(), 1u) << session;
+        EXPECT_EQ(ui_.Calls()[0].kind, LInteractionKind::Tip);
+        EXPECT_EQ(ui_.Calls()[0].caption, "Disc Capacity Exceeded");
+        page->CmRecord(false);
+        page->CmStopSession(true);
+        EXPECT_EQ(ui_.Calls().size(), 1u) << "once a session";
+    }
+}
+
 } // namespace
