@@ -26,7 +26,10 @@ bool IsTemporaryRecording(const char* path) {
 } // namespace
 
 LAppStartup::LAppStartup(LMainThreadQueue& queue, LUserInteraction* interaction) {
-    umask(0);
+    // Files and folders the code makes get exactly the modes it asks for (0644, 0755), and
+    // whatever child processes or libraries make (the encoder, an unpacked component, the
+    // settings file, a file saved by the sound editor) is never writable by others.
+    umask(022);
     LLog::FixFolder(true);
     LMainThreadQueue::SetCurrent(&queue);
     SetUserInteraction(interaction);

@@ -268,3 +268,23 @@ TEST_F(ConvertCli, LoudAudioThroughTheNoiseGatesDoesNotWrapAround) {
     const int source = LargestJump(PathOf("in.wav"));
     EXPECT_LT(LargestJump(PathOf("gated.wav")), 4 * source) << "source " << source;
 }
+
+// Whatever the user's file-creation mask, what the program makes, itself or through the
+// encoder or its settings library, is readable by all and writable by the user alone.
+TEST_F(ConvertCli, FilesAreMadeWithMode0644WhateverTheMask) {
+    MakeWave("in.wav");
+    int status = -1;
+    RunCommand("umask 0; " + std::string(VINORA_CLI) + " convert " + ShellQuote(PathOf("in.wav")) +
+                   " " + ShellQuote(PathOf("out/in.mp3")) + " 2>&1 && umask 0 && " + VINORA_CLI +
+                   " settings set Settings UseMinTime 0",
+               &status);
+    ASSERT_EQ(status, 0);
+    for (const fs::path& path :
+         {fs::path(PathOf("out/in.mp3")), home_.ConfigHome() / "Brakwater Software/Vinora.conf"}) {
+        EXPECT_EQ(fs::status(path).permissions(),
+                  fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read |
+                      fs::perms::others_read)
+            << path;
+    }
+    EXPECT_EQ(fs::status(PathOf("out")).permissions() & fs::perms::others_write, fs::perms::none);
+}
