@@ -62,8 +62,8 @@ bool LPipeOut::Open(const char* command) {
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     }
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-    // The program clears its own file-creation mask and gives each file it makes its mode;
-    // the command only knows the mask.
+    // The program gives each file it makes its mode; the command only knows the mask, which
+    // a caller may have cleared.
     const std::string script = "umask 022; " + std::string(command);
     char* argv[] = {const_cast<char*>("sh"), const_cast<char*>("-c"),
                     const_cast<char*>(script.c_str()), nullptr};
