@@ -9,6 +9,7 @@
 #include "platform/Paths.h"
 #include "platform/ProgramInfo.h"
 #include "platform/UserFolders.h"
+#include "restore/RecoveredRecordings.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,8 +17,6 @@
 #include <cstring>
 
 namespace {
-
-constexpr const char* kRecoveredFolder = "Recovered Recordings";
 
 bool IsTemporaryRecording(const char* path) {
     return std::strncmp(path, kTemporaryRecordingFolder, std::strlen(kTemporaryRecordingFolder)) == 0 &&
@@ -27,7 +26,10 @@ bool IsTemporaryRecording(const char* path) {
 } // namespace
 
 LAppStartup::LAppStartup(LMainThreadQueue& queue, LUserInteraction* interaction) {
-    umask(0);
+    // Files and folders the code makes get exactly the modes it asks for (0644, 0755), and
+    // whatever child processes or libraries make (the encoder, an unpacked component, the
+    // settings file, a file saved by the sound editor) is never writable by others.
+    umask(022);
     LLog::FixFolder(true);
     LMainThreadQueue::SetCurrent(&queue);
     SetUserInteraction(interaction);
@@ -57,9 +59,34 @@ std::string LQueueFilePath() {
     return path;
 }
 
+std::vector<std::string> LQueuedOutputs() {
+    std::vector<uint8_t> data;
+    std::vector<std::string> outputs;
+    if (!LoadFile(LQueueFilePath().c_str(), data, ProcessListFile::kLockWaitMs)) return outputs;
+    for (std::size_t at = ProcessListFile::kHeaderSize; at + sizeof(LProcessConvert) <= data.size();
+         at += sizeof(LProcessConvert)) {
+        LProcessConvert request;
+        std::memcpy(&request, data.data() + at, sizeof request);
+        request.destinationPath[sizeof request.destinationPath - 1] = 0;
+        if (request.destinationPath[0]) {
+            outputs.emplace_back(request.destinationPath);
+            continue;
+        }
+        char name[kPathBufferSize], path[kPathBufferSize];
+        request.sourcePath[sizeof request.sourcePath - 1] = 0;
+        request.outputFolder[sizeof request.outputFolder - 1] = 0;
+        request.outputExtension[sizeof request.outputExtension - 1] = 0;
+        _GetFileNameFromPath(name, request.sourcePath);
+        _MakeFilePath(path, request.outputFolder, name, request.outputExtension);
+        outputs.emplace_back(path);
+    }
+    return outputs;
+}
+
 std::vector<std::string> LRecoverDiscardedRequests(const std::vector<LProcessConvert>& requests) {
     std::vector<std::string> recovered;
     std::string folderShown;
+    char folder[kPathBufferSize];
     for (const LProcessConvert& request : requests) {
         if (request.destinationPath[0]) {
             char partial[kPathBufferSize];
@@ -67,26 +94,14 @@ std::vector<std::string> LRecoverDiscardedRequests(const std::vector<LProcessCon
             unlink(partial);
         }
         if (!IsTemporaryRecording(request.sourcePath)) continue;
-        char folder[kPathBufferSize], name[kPathBufferSize], target[kPathBufferSize];
-        _MakeFilePath(folder, request.outputFolder[0] ? request.outputFolder : ".", kRecoveredFolder);
-        if (!CreateFolderTree(folder)) {
-            LOGERROR("Could not create %s to keep the recording %s", folder, request.sourcePath);
-            continue;
-        }
+        char name[kPathBufferSize], base[kPathBufferSize], target[kPathBufferSize];
         _GetFileFromPath(name, request.destinationPath[0] ? request.destinationPath : request.sourcePath);
-        char base[kPathBufferSize];
         _GetFileNameFromPath(base, name);
-        _MakeFilePath(target, folder, base, ".wav");
-        for (int n = 2; access(target, F_OK) == 0; ++n)
-            _MakeFilePath(target, folder, (std::string(base) + " (" + std::to_string(n) + ")").c_str(),
-                          ".wav");
-        if (!MoveFile(request.sourcePath, target)) {
-            LOGERROR("Could not move the recording %s to %s", request.sourcePath, target);
-            continue;
-        }
+        if (!LRecoverRecording(request.sourcePath, request.outputFolder, base, target)) continue;
         LOGWARN("The processing queue could not be resumed: the recording %s was kept as %s",
                 request.sourcePath, target);
         recovered.emplace_back(target);
+        _GetFolderFromPath(folder, target);
         folderShown = folder;
     }
     if (!recovered.empty())

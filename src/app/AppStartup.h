@@ -10,7 +10,8 @@ class LMainThreadQueue;
 class LUserInteraction;
 
 // The program's start, for the desktop program and vinora-cli alike: the file-creation mask
-// is cleared (files get exactly the modes the code asks for), the log folder is fixed, the
+// is set to 022 (files get the modes the code asks for, children's files are never writable by
+// others), the log folder is fixed, the
 // main-thread queue and the
 // user interaction are installed, the conversion job reports to gMainNotify, and the processing
 // queue is told what to do with the requests of a list it discards. Undone, with the queue
@@ -29,6 +30,10 @@ public:
 
 // The processing queue's file, "vnprocesses.list" in the application data folder.
 std::string LQueueFilePath();
+
+// The outputs (full paths) of the requests in the queue file, the one being converted first.
+// A request without a destination names its output after its source.
+std::vector<std::string> LQueuedOutputs();
 
 // What becomes of the requests of a queue file that is discarded at start-up: each recording
 // that exists nowhere else (a temporary recording) is moved into "Recovered Recordings" in the

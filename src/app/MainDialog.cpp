@@ -293,7 +293,8 @@ void MainDialog::OnMessage(int message, const std::string& text, int value) {
     }
     case WM_RECORDING_SESSION_ENDED:
         sessionFinished_ = value == 1;
-        if (processingNoticePending_)
+        // A new recording (value 0) only says the session goes on.
+        if (processingNoticePending_ && sessionFinished_)
             UserInteraction().ShowDockNotice("Your recordings have finished processing");
         processingNoticePending_ = false;
         break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AppStartup.h"
 #include "app/MainNotify.h"
 #include "app/RecordingsList.h"
 #include "record/RecordingPage.h"
@@ -116,6 +117,7 @@ public:
     std::string OutputFolder() override { return GetVNOutputFolder(); }
     bool TempWavePath(char* out) override { return GetTempWaveFilePath(out); }
     bool QueueConversion(const LProcessConvert& request) override;
+    std::vector<std::string> QueuedOutputs() override { return LQueuedOutputs(); }
     void PostToMainWindow(int message, int value) override { Post(message, {}, value); }
 
 private:

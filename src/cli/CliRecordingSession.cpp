@@ -13,17 +13,18 @@
 std::optional<LSoundRecordDevice> CliFindSoundInput(const std::string& name) {
     std::vector<LSoundDeviceInfo> devices;
     GetSoundInputDevices(devices);
-    for (size_t i = 0; i < devices.size(); ++i)
-        if (devices[i].name == name || devices[i].serverName == name)
-            return LSoundRecordDevice(static_cast<int>(i), 0);
+    for (const LSoundDeviceInfo& device : devices)
+        if (device.name == name || device.serverName == name)
+            return LSoundRecordDevice(name.c_str(), 0);
     return std::nullopt;
 }
 
 std::optional<LSoundRecordDevice> CliVirtualTurntable() {
     std::vector<LSoundDeviceInfo> devices;
     GetSoundInputDevices(devices);
-    for (size_t i = 0; i < devices.size(); ++i)
-        if (devices[i].id == kVirtualTurntableId) return LSoundRecordDevice(static_cast<int>(i), 0);
+    for (const LSoundDeviceInfo& device : devices)
+        if (device.id == kVirtualTurntableId)
+            return LSoundRecordDevice(device.name.c_str(), 0);
     return std::nullopt;
 }
 
@@ -46,6 +47,10 @@ bool CliRecordingSession::TempWavePath(char* out) {
 
 bool CliRecordingSession::QueueConversion(const LProcessConvert& request) {
     return ProcessListFile::Append(LQueueFilePath().c_str(), &request, sizeof request);
+}
+
+std::vector<std::string> CliRecordingSession::QueuedOutputs() {
+    return LQueuedOutputs();
 }
 
 void CliRecordingSession::PostToMainWindow(int message, int value) {

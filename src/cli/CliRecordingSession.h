@@ -33,6 +33,7 @@ public:
     std::string OutputFolder() override;
     bool TempWavePath(char* out) override;
     bool QueueConversion(const LProcessConvert& request) override;
+    std::vector<std::string> QueuedOutputs() override;
     void PostToMainWindow(int message, int value) override;
 
     void Refresh() override;

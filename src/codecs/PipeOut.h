@@ -1,11 +1,14 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
-#include <cstdio>
 
 // A command run through /bin/sh with its standard input connected to a pipe that this side
 // writes. The pipe is closed on exec, so later child processes do not hold it open (the
-// command would never see the end of its input).
+// command would never see the end of its input). What the command prints, on its standard
+// output or error, goes to the log, never to the user's terminal. Files it creates get the
+// mode 0644 (folders 0755) whatever file-creation mask the program runs with.
 class LPipeOut {
 public:
     LPipeOut() = default;
@@ -15,15 +18,21 @@ public:
 
     // Starts the command; false when it cannot be started.
     bool Open(const char* command);
-    bool IsOpen() const { return stream_ != nullptr; }
+    bool IsOpen() const { return pid_ > 0; }
     // Writes all bytes unbuffered, blocking while the pipe is full. False when the command no
     // longer reads its input; that does not raise SIGPIPE.
     bool Write(const void* data, std::size_t length);
-    // Closes the pipe and waits for the command to exit; its exit status, or -1 when it did
-    // not exit normally (or nothing was open).
+    // Closes the pipe, waits for the command to exit and logs what it printed; its exit status,
+    // or -1 when it did not exit normally (or nothing was open).
     int Close();
 
 private:
-    FILE* stream_ = nullptr;
-    int fd_ = -1;
+    // Logs each line the command printed, at most the first kMaxLoggedBytes.
+    void LogOutput();
+
+    static constexpr std::size_t kMaxLoggedBytes = 16384;
+
+    pid_t pid_ = -1;
+    int fd_ = -1;     // the writing end of the command's standard input
+    int output_ = -1; // an anonymous file that takes the command's standard output and error
 };

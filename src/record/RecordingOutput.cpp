@@ -6,6 +6,7 @@
 #include "platform/Settings.h"
 #include "record/FileNamePattern.h"
 
+#include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,18 +46,32 @@ std::string LRecordingFormatText(int outputFormat) {
     return "WAV 44100Hz Stereo";
 }
 
-void GetNewRecordingFileName(char* name, const char* outputFolder) {
+bool LIsRecordingNameTaken(const char* name, const std::vector<std::string>& folders,
+                           const std::vector<std::string>& queuedOutputs) {
+    for (const std::string& folder : folders) {
+        if (folder.empty()) continue;
+        for (const char* extension : {".wav", ".mp3"}) {
+            char path[kPathBufferSize];
+            _MakeFilePath(path, folder.c_str(), name, extension);
+            if (access(path, F_OK) == 0) return true;
+        }
+    }
+    for (const std::string& output : queuedOutputs) {
+        char queued[kPathBufferSize];
+        _GetFileNameFromPath(queued, output.c_str());
+        if (strcasecmp(queued, name) == 0) return true;
+    }
+    return false;
+}
+
+void GetNewRecordingFileName(char* name, const std::vector<std::string>& folders,
+                             const std::vector<std::string>& queuedOutputs) {
     const std::string pattern =
         LUserSettingGetString("OutputFormat", "FileNameFormat", "Untitled %autonumber%");
-    const auto taken = [&](const char* extension) {
-        char path[kPathBufferSize];
-        _MakeFilePath(path, outputFolder, name, extension);
-        return access(path, F_OK) == 0;
-    };
     int number = std::max(iNextAutoNumber, 1);
     for (;; ++number) {
         CreateFormatedFileName(name, pattern.c_str(), number);
-        if (!taken(".wav") && !taken(".mp3")) break;
+        if (!LIsRecordingNameTaken(name, folders, queuedOutputs)) break;
     }
     iNextAutoNumber = number + 1;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 // What happens to each recording ("OutputFormatNum" in section "OutputFormat").
 struct LOutputFormat {
@@ -29,8 +30,16 @@ std::string LRecordingFormatText(int outputFormat);
 // The next number for "%autonumber%" in the names of recordings, shared by every session.
 extern int iNextAutoNumber;
 
+// Whether a recording named `name` would meet another file: a ".wav" or ".mp3" of that name in
+// one of `folders` (the output folder and the copy folder), or an output of that name still
+// waiting in the processing queue or being converted (`queuedOutputs`, full paths). Names
+// compare without regard to case.
+bool LIsRecordingNameTaken(const char* name, const std::vector<std::string>& folders,
+                           const std::vector<std::string>& queuedOutputs);
+
 // The name of the next recording: the "FileNameFormat" pattern of section "OutputFormat"
 // ("Untitled %autonumber%") expanded with the first number from iNextAutoNumber (at least 1)
-// for which neither a ".wav" nor an ".mp3" file of that name is in `outputFolder`; the number
-// after it becomes the next. `name` takes 260 bytes.
-void GetNewRecordingFileName(char* name, const char* outputFolder);
+// that gives a name not taken (LIsRecordingNameTaken); the number after it becomes the next.
+// `name` takes 260 bytes.
+void GetNewRecordingFileName(char* name, const std::vector<std::string>& folders,
+                             const std::vector<std::string>& queuedOutputs);

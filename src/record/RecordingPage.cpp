@@ -10,6 +10,7 @@
 #include "record/DiscSpace.h"
 #include "record/RecordingOutput.h"
 #include "record/SoundRecordDevice.h"
+#include "restore/RecoveredRecordings.h"
 #include "sound/SinkToSource.h"
 #include "tags/AudioTagData.h"
 #include "sound/SoundSinkMulti.h"
@@ -49,6 +50,8 @@ void CopyText(char (&field)[260], const char* text) {
 LRecordingPage::LRecordingPage(LRecordingHost& host, LRecordingView& view)
     : host_(host), view_(view), recorder_(this) {
     sessionTime_.SetText(LUserSettingGetString("RecordingPage", "TotalTime", "0:00:00.00").c_str());
+    // A new session: the disc-capacity tip may show (once).
+    LUserSettingSet<bool>("RecordingPage", "RecordingSessionStarted", true);
     RefreshSpace(false);
 }
 
@@ -87,8 +90,9 @@ void LRecordingPage::ResetDetection() {
 }
 
 void LRecordingPage::RefreshSpace(bool addCurrent) {
+    // The current time holds the part recorded before a pause.
     remaining_ = GetRemainingCDSpace(LGetOutputFormatNum(), currentTime_, addCurrent, sessionTime_,
-                                     pausedTime_);
+                                     LSoundTime());
     if (remaining_.find("(Disc Capacity Exceeded)") != std::string::npos &&
         LUserSettingGet<bool>("RecordingPage", "RecordingSessionStarted", false)) {
         UserInteraction().ShowTip(
@@ -111,6 +115,8 @@ void LRecordingPage::CmRecord(bool resume) {
     settings.autoSplitTime = LUserSettingGet<int>(kSection, "AutoSplitTime", 2);
     settings.historyCapacity = std::max(LUserSettingGet<int>(kSection, "AutoSplitTime", 5) * 12, 30);
     detector_ = std::make_unique<LTrackDetector>(settings);
+    // The session goes on: the main window holds back its "finished processing" notice.
+    host_.PostToMainWindow(WM_RECORDING_SESSION_ENDED, 0);
     RecordStart(resume);
 }
 
@@ -118,8 +124,9 @@ void LRecordingPage::RecordStart(bool resume) {
     if (!resume) {
         if (!host_.TempWavePath(tempPath_)) tempPath_[0] = 0;
         char name[kPathBufferSize];
-        GetNewRecordingFileName(name, host_.OutputFolder().c_str());
+        GetNewRecordingFileName(name, NameFolders(), host_.QueuedOutputs());
         name_ = name;
+        verified_ = false;
         sink_ = LWaveFile::OpenSinkPCM(tempPath_, kSampleRate, kChannels, 16, 0);
         if (!tempPath_[0] || sink_->IsFailed()) {
             char text[600];
@@ -132,7 +139,7 @@ void LRecordingPage::RecordStart(bool resume) {
             DeleteRecording();
             return;
         }
-        currentTime_ = pausedTime_ = LSoundTime();
+        currentTime_ = LSoundTime();
     }
     paused_ = false;
     recorder_.Stop();
@@ -144,6 +151,7 @@ void LRecordingPage::RecordStart(bool resume) {
     PlayTone("RecordTone", LTone::Start);
     const int floor = LUserSettingGet<int>(kSection, "dBNoiseFloor", -25);
     ResetDetection();
+    if (resume && verified_) detector_->ResumeStarted();
     const int threshold =
         Flag("RecordAudioOnly", true) ? std::clamp(floor + 2, -127, 127) : LDB::kSilence;
     if (!recorder_.Start(recordSink_, LSoundTime(0), static_cast<int8_t>(threshold),
@@ -154,6 +162,12 @@ void LRecordingPage::RecordStart(bool resume) {
                       "have selected the correct Sound Record Device in the Options dialog.",
                       kProgramName);
         UserInteraction().ShowError(text);
+        if (resume) {
+            // The paused recording is still whole: it stays paused, to be resumed or stopped.
+            paused_ = true;
+            view_.Refresh();
+            return;
+        }
         CloseSinks();
         StopPlayback();
         DeleteRecording();
@@ -161,8 +175,11 @@ void LRecordingPage::RecordStart(bool resume) {
     }
     active_ = true;
     lastPosition_ = 0;
+    // What was recorded before a pause stays.
+    loudEnd_ = resume ? sink_->GetPosition() : 0;
+    lastReportLoud_ = false;
     format_ = LRecordingFormatText(LGetOutputFormatNum());
-    SetStatus("Waiting for audio stream");
+    SetStatus(resume && verified_ ? "Recording" : "Waiting for audio stream");
     LOG("Recording to file %s", name_.c_str());
 }
 
@@ -184,6 +201,7 @@ void LRecordingPage::SplitTrack() {
         splitting_ = false;
         return;
     }
+    CutAfterLastLoud();
     PlayTone("RecordTone", LTone::Stop);
     LOG("Stopped recording to file %s (File Length: %s)", name_.c_str(),
         TimeText(LSoundTime::FromSamples(recorded, kSampleRate)).c_str());
@@ -195,15 +213,22 @@ void LRecordingPage::SplitTrack() {
     sink_ = next;
     recordSink_ = nextRecord;
     char name[kPathBufferSize];
-    GetNewRecordingFileName(name, host_.OutputFolder().c_str());
+    GetNewRecordingFileName(name, NameFolders(), host_.QueuedOutputs());
     name_ = name;
-    currentTime_ = pausedTime_ = LSoundTime();
-    lastPosition_ = 0;
+    verified_ = false;
+    currentTime_ = LSoundTime();
+    lastPosition_ = loudEnd_ = 0;
+    lastReportLoud_ = false;
     ResetDetection();
     PlayTone("RecordTone", LTone::Start);
     format_ = LRecordingFormatText(LGetOutputFormatNum());
     SetStatus("Waiting for audio stream");
     LOG("Recording to file %s", name_.c_str());
+}
+
+void LRecordingPage::CutAfterLastLoud() {
+    const int keep = loudEnd_ + LSoundTime(LSoundRecorder::kStopTailMs).GetSamples(kSampleRate);
+    if (sink_->GetPosition() > keep) sink_->Seek(keep);
 }
 
 void LRecordingPage::OpenPlayback() {
@@ -253,7 +278,6 @@ void LRecordingPage::DeleteRecording() {
 void LRecordingPage::CmRecordPause() {
     if (recorder_.GetState() == 0 || paused_) return;
     paused_ = true;
-    pausedTime_ = currentTime_;
     stopping_ = true;
     recorder_.Stop();
     stopping_ = false;
@@ -269,8 +293,9 @@ void LRecordingPage::CmRecordRestart() {
     CloseSinks();
     DeleteRecording();
     iNextAutoNumber = std::max(iNextAutoNumber - 1, 0);
-    currentTime_ = pausedTime_ = LSoundTime();
+    currentTime_ = LSoundTime();
     paused_ = false;
+    verified_ = false;
     ResetDetection();
     if (wasRecording) CmRecord(false);
     view_.Refresh();
@@ -279,7 +304,7 @@ void LRecordingPage::CmRecordRestart() {
 void LRecordingPage::CmRecordStop(bool discard) {
     if (!active_) return;
     active_ = false;
-    if (!discard && !(detector_ && detector_->IsStarted())) {
+    if (!discard && !verified_) {
         LOG("Recording discarded due to no detection of an audio stream");
         discard = true;
     }
@@ -305,7 +330,8 @@ void LRecordingPage::CmRecordStop(bool discard) {
         view_.TrackDiscarded(name_, length);
         host_.PostToMainWindow(WM_RECORDING_DISCARDED, 0);
     }
-    currentTime_ = pausedTime_ = LSoundTime();
+    verified_ = false;
+    currentTime_ = LSoundTime();
     view_.Refresh();
 }
 
@@ -324,7 +350,9 @@ void LRecordingPage::SaveRecording() {
         LOGWARN("%s", text);
         UserInteraction().ShowTip("Recording Discarded", text);
         DeleteRecording();
+        iNextAutoNumber = std::max(iNextAutoNumber - 1, 0);
         view_.TrackDiscarded(name, length);
+        host_.PostToMainWindow(WM_RECORDING_DISCARDED, 0);
         return;
     }
     RefreshSpace(true);
@@ -334,19 +362,51 @@ void LRecordingPage::SaveRecording() {
     const bool copy = LUserSettingGet<bool>("OutputFormat", "MakeCopy", false);
     const std::string copyFolder = copy ? LUserSettingGetString("OutputFormat", "OutputFolder") : "";
     const std::string folder = host_.OutputFolder();
+    // A name typed for the recording, or a file that appeared while it was made, may meet
+    // another output.
+    const std::string output = FreeName(name);
     char destination[kPathBufferSize];
-    _MakeFilePath(destination, folder.c_str(), name.c_str(), format.extension);
+    _MakeFilePath(destination, folder.c_str(), output.c_str(), format.extension);
     const std::string lengthText = TimeText(length);
     TagRecording(name);
     if (!CmConvertFile(tempPath_, destination, folder.c_str(), format.extension, lengthText.c_str(),
                        format.convert, copy, copyFolder.c_str())) {
         LOGERROR("File conversion FAILED");
+        RecoverRecording(output);
         return;
     }
     sessionTime_ = LSoundTime(sessionTime_.GetMS() + length.GetMS());
     LUserSettingSetString("RecordingPage", "TotalTime", TimeText(sessionTime_).c_str());
     view_.TrackKept(name, destination, length, tail_);
     tempPath_[0] = 0;
+}
+
+void LRecordingPage::RecoverRecording(const std::string& name) {
+    char kept[kPathBufferSize];
+    if (LRecoverRecording(tempPath_, host_.OutputFolder().c_str(), name.c_str(), kept))
+        LOGWARN("The recording %s could not be queued; it was kept as %s", name.c_str(), kept);
+    else
+        std::snprintf(kept, sizeof kept, "%s", tempPath_);
+    UserInteraction().ShowError("The recording \"" + name +
+                                "\" could not be queued for processing. It was kept as \"" +
+                                kept + "\".");
+    tempPath_[0] = 0;
+}
+
+std::vector<std::string> LRecordingPage::NameFolders() {
+    std::vector<std::string> folders{host_.OutputFolder()};
+    if (LUserSettingGet<bool>("OutputFormat", "MakeCopy", false))
+        folders.push_back(LUserSettingGetString("OutputFormat", "OutputFolder"));
+    return folders;
+}
+
+std::string LRecordingPage::FreeName(const std::string& name) {
+    const std::vector<std::string> folders = NameFolders();
+    const std::vector<std::string> queued = host_.QueuedOutputs();
+    std::string free = name;
+    for (int n = 2; LIsRecordingNameTaken(free.c_str(), folders, queued); ++n)
+        free = name + " (" + std::to_string(n) + ")";
+    return free;
 }
 
 void LRecordingPage::TagRecording(const std::string& name) const {
@@ -416,12 +476,16 @@ void LRecordingPage::srntfWait(long) {
 
 void LRecordingPage::srntfStop(long) {
     // The recorder stopped by itself (the input ended): the track is kept as Stop keeps it.
+    // An input that ended in what already looked like the gap after the track ends the track
+    // where a split would have.
     if (stopping_) return;
+    if (detector_ && detector_->IsEnding()) CutAfterLastLoud();
     CmStopSession(false);
 }
 
 void LRecordingPage::srntfTime(LSoundTime time, long) {
-    currentTime_ = LSoundTime(pausedTime_.GetMS() + time.GetMS());
+    // The recorder counts the whole file, the part before a pause included.
+    currentTime_ = time;
     RefreshSpace(false);
     view_.Refresh();
 }
@@ -432,6 +496,18 @@ void LRecordingPage::srntfLevel(const LDBMC& levels, long) {
     lastPosition_ = sink_->GetPosition();
     const LTrackDetector::Result result =
         detector_->OnLevel(levels, lastPosition_, sink_->GetSampleRate());
-    if (result.verified) SetStatus("Recording");
+    if (result.loud) {
+        loudEnd_ = lastPosition_;
+    } else if (lastReportLoud_) {
+        // A report stands for the last buffer the recorder read; when the window was busy it
+        // read more since the one before, and the audio may have stayed loud into all but the
+        // last of them.
+        loudEnd_ = std::max(loudEnd_, lastPosition_ - kSampleRate / 10);
+    }
+    lastReportLoud_ = result.loud;
+    if (result.verified) {
+        verified_ = true;
+        SetStatus("Recording");
+    }
     if (result.ended) SplitTrack();
 }

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 // Messages a recording session sends to the main window.
 enum LRecordingMessage : int {
@@ -30,6 +31,9 @@ public:
     virtual bool TempWavePath(char* out) = 0;
     // Appends the request to the processing queue; false when it could not be stored.
     virtual bool QueueConversion(const LProcessConvert& request) = 0;
+    // The outputs (full paths) of the requests waiting in the processing queue, the one being
+    // converted included: names a new recording must not take.
+    virtual std::vector<std::string> QueuedOutputs() = 0;
     virtual void PostToMainWindow(int message, int value) = 0;
 
 protected:
@@ -110,7 +114,19 @@ private:
     // At the end of a track: the next track's file takes over from this one, which is saved,
     // while the input stays open.
     void SplitTrack();
+    // Cuts the recording 50 ms after the last report the session judged loud. The recorder's
+    // own cut counts as loud whatever reaches 4 dB below its start threshold, so noise just
+    // above the floor would keep a track going well into the gap after it.
+    void CutAfterLastLoud();
     void SaveRecording();
+    // Keeps a recording the queue refused in the output folder's "Recovered Recordings" and
+    // tells the user where it is.
+    void RecoverRecording(const std::string& name);
+    // A name for the recording that no file in the output or copy folder and no queued output
+    // has: `name` itself, or `name` followed by " (n)".
+    std::string FreeName(const std::string& name);
+    // The folders whose files a new recording's name must not meet.
+    std::vector<std::string> NameFolders();
     // The recording's name and year go into its tags, and from there into the converted file.
     void TagRecording(const std::string& name) const;
     void ResetDetection();
@@ -148,12 +164,19 @@ private:
     std::string remaining_;
     bool active_ = false; // a recording is open (recording, waiting or paused)
     bool paused_ = false;
+    // The current recording's start has been verified. It stays so through a pause, which
+    // makes the detector start over: a verified recording is never discarded for want of audio.
+    bool verified_ = false;
     bool stopping_ = false;
     LSoundTime sessionTime_;
-    LSoundTime pausedTime_;
+    // The current recording's length; the part before a pause is in it.
     LSoundTime currentTime_;
     LSoundTime tail_; // what the last stop cut from the end of the recording
     int lastPosition_ = 0; // the recording's length at the last level report
+    // The recording's length at the last level report that reached the track detector's end
+    // threshold: a track that ends is cut 50 ms after it.
+    int loudEnd_ = 0;
+    bool lastReportLoud_ = false;
     std::optional<LSoundRecordDevice> device_;
     bool paced_ = false;
 };

@@ -18,7 +18,7 @@ constexpr unsigned int kDataWaitMs = 25000;
 LSoundRecLLQT::LSoundRecLLQT() {
     char name[kSoundDeviceNameSize];
     int index = 0;
-    if (GetDefaultSoundRecordDevice(index, name)) device_ = LSoundRecordDevice(index, 0);
+    if (GetDefaultSoundRecordDevice(index, name)) device_ = LSoundRecordDevice(name, 0);
 }
 
 LSoundRecLLQT::~LSoundRecLLQT() {
@@ -33,8 +33,7 @@ double LSoundRecLLQT::GetRecordGain(LDB volume) {
 bool LSoundRecLLQT::Open(LSoundSink& sink) {
     if (!bufferA_.empty()) return true;
     uint32_t id = 0;
-    char name[kSoundDeviceNameSize];
-    if (!FindDeviceByIndex(device_.deviceIndex, id, name)) {
+    if (!device_.GetId(id)) {
         error_ = "the sound input device is not connected";
         return false;
     }
@@ -53,7 +52,7 @@ bool LSoundRecLLQT::Open(LSoundSink& sink) {
         error_ = "the sound input's format cannot be converted to the recording's";
         return false;
     }
-    stream->SelectInputSource(device_.inputIndex);
+    stream->SelectInputSource(device_.GetInput());
 
     sink = converted;
     stream_ = std::move(stream);

@@ -101,22 +101,53 @@ bool GetDefaultSoundRecordDevice(int& index, char* name) {
     return FindDeviceById(device.id, index, name);
 }
 
+namespace {
+
+// The place of the device with that list name or sound server name; -1 when none has it.
+int FindByName(const std::vector<LSoundDeviceInfo>& devices, const std::string& name) {
+    if (name.empty()) return -1;
+    for (size_t i = 0; i < devices.size(); ++i)
+        if (devices[i].name == name) return static_cast<int>(i);
+    for (size_t i = 0; i < devices.size(); ++i)
+        if (devices[i].serverName == name) return static_cast<int>(i);
+    return -1;
+}
+
+} // namespace
+
+LSoundRecordDevice::LSoundRecordDevice(int deviceIndex, int inputIndex)
+    : inputIndex_(std::max(inputIndex, 0)) {
+    const std::vector<LSoundDeviceInfo> devices = InputDevices();
+    if (deviceIndex >= 0 && deviceIndex < static_cast<int>(devices.size()))
+        name_ = devices[deviceIndex].name;
+}
+
 LSoundRecordDevice::LSoundRecordDevice(const char* name, int namedInput) {
     const std::vector<LSoundDeviceInfo> devices = InputDevices();
-    for (size_t i = 0; i < devices.size(); ++i) {
-        if (devices[i].name != name) continue;
-        deviceIndex = static_cast<int>(i);
-        inputIndex = namedInput >= 0 ? std::max(RawInput(devices[i], namedInput), 0) : 0;
-        return;
-    }
+    const int index = FindByName(devices, name);
+    if (index < 0) return;
+    name_ = name;
+    inputIndex_ = namedInput >= 0 ? std::max(RawInput(devices[index], namedInput), 0) : 0;
+}
+
+int LSoundRecordDevice::GetIndex() const {
+    return std::max(FindByName(InputDevices(), name_), 0);
+}
+
+bool LSoundRecordDevice::GetId(uint32_t& id) const {
+    const std::vector<LSoundDeviceInfo> devices = InputDevices();
+    if (devices.empty()) return false;
+    id = devices[std::max(FindByName(devices, name_), 0)].id;
+    return true;
 }
 
 int LSoundRecordDevice::GetNamedInput() const {
     const std::vector<LSoundDeviceInfo> devices = InputDevices();
-    if (deviceIndex < 0 || deviceIndex >= static_cast<int>(devices.size())) return 0;
-    const std::vector<std::string>& inputs = devices[deviceIndex].inputSources;
+    const int index = std::max(FindByName(devices, name_), 0);
+    if (index >= static_cast<int>(devices.size())) return 0;
+    const std::vector<std::string>& inputs = devices[index].inputSources;
     int named = 0;
-    for (int i = 0; i < inputIndex && i < static_cast<int>(inputs.size()); ++i)
+    for (int i = 0; i < inputIndex_ && i < static_cast<int>(inputs.size()); ++i)
         named += !inputs[i].empty();
     return named;
 }
@@ -134,7 +165,7 @@ LSoundRecordDevice LSettingGetSoundRecordDevice(const char* section, const char*
 bool LSettingSetSoundRecordDevice(const char* section, const char* key,
                                   const LSoundRecordDevice& device) {
     char name[kSoundDeviceNameSize] = {};
-    if (!GetListDeviceName(device.deviceIndex, name)) return false;
+    if (!GetListDeviceName(device.GetIndex(), name)) return false;
     const std::string channelKey = std::string(key) + "Channel";
     const bool stored = LUserSettingSetString(section, key, name);
     return LUserSettingSet<int>(section, channelKey.c_str(), device.GetNamedInput()) && stored;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 // Which sound input to record from: an input device, counted among the devices that have
@@ -35,24 +36,38 @@ bool GetListDeviceName(int index, char* name);
 // The sound server's default input device; false when it cannot be told.
 bool GetDefaultSoundRecordDevice(int& index, char* name);
 
+// A chosen input device travels by its list name (the sound server's own name of a device is
+// understood too), not by its place in the list: devices come and go, and the list's order
+// with them. The name is looked up each time the device is opened; a device that is no longer
+// listed gives the first input device.
 class LSoundRecordDevice {
 public:
     // The first input device, its first input.
     LSoundRecordDevice() = default;
-    LSoundRecordDevice(int deviceIndex, int inputIndex)
-        : deviceIndex(deviceIndex), inputIndex(inputIndex) {}
-    // The device of that list name and its input `namedInput`, counting only inputs that have a
-    // name. A name that no longer exists gives device 0, input 0; an input past the device's
-    // named inputs gives input 0.
+    // The device now at `deviceIndex` among the input devices (the first when out of range) and
+    // its input source at raw position `inputIndex`.
+    LSoundRecordDevice(int deviceIndex, int inputIndex);
+    // The device of that list name or sound server name and its input `namedInput`, counting
+    // only inputs that have a name (an input past them gives input 0).
     LSoundRecordDevice(const char* name, int namedInput);
 
+    // The list name; empty for the first input device.
+    const std::string& GetName() const { return name_; }
+    // The device's place in the input list now: 0 when it is not listed.
+    int GetIndex() const;
+    // The device id to open: the listed device of this name, else the first input device.
+    // False when there is no input device at all.
+    bool GetId(uint32_t& id) const;
+    // The input's position among all of the device's input sources.
+    int GetInput() const { return inputIndex_; }
     // The input's position among the device's named inputs (what the settings store).
     int GetNamedInput() const;
 
     friend bool operator==(const LSoundRecordDevice&, const LSoundRecordDevice&) = default;
 
-    int deviceIndex = 0; // position among the devices that have input
-    int inputIndex = 0;  // position among that device's input sources
+private:
+    std::string name_;
+    int inputIndex_ = 0;
 };
 
 // The recording device stored under `key` (its list name) and key + "Channel" (its named input);

@@ -38,9 +38,10 @@ void LSoundRecordDeviceInit(LSoundRecordDeviceChoice& choice, const LSoundRecord
     choice.devices.clear();
     for (const LSoundDeviceInfo& info : devices)
         choice.devices.push_back(info.name);
-    const bool known = device.deviceIndex >= 0 && device.deviceIndex < int(devices.size());
-    choice.deviceSelected = devices.empty() ? -1 : known ? device.deviceIndex : 0;
-    FillInputs(choice, devices, known ? device.inputIndex : 0);
+    const int index = device.GetIndex();
+    const bool known = index < int(devices.size()) && devices[index].name == device.GetName();
+    choice.deviceSelected = devices.empty() ? -1 : index;
+    FillInputs(choice, devices, known ? device.GetInput() : 0);
 }
 
 void LSoundRecordDeviceChanged(LSoundRecordDeviceChoice& choice) {

@@ -26,6 +26,7 @@ void LTrackDetector::Reset() {
 LTrackDetector::Result LTrackDetector::OnLevel(const LDBMC& levels, int position, int rate) {
     const int mono = levels.GetMonoDB();
     Result result;
+    result.loud = mono >= ClampDB(settings_.noiseFloor + 2);
     if (!started_ && !startCandidate_) {
         if (mono > ClampDB(settings_.noiseFloor + 5)) {
             startCandidate_ = true;

@@ -25,6 +25,9 @@ public:
     struct Result {
         bool verified = false; // the track's start was verified
         bool ended = false;    // the track ended; the next one starts at once
+        // The level reached the end threshold (floor + 2 dB): the track's audio lasts at least
+        // to here.
+        bool loud = false;
     };
 
     explicit LTrackDetector(const Settings& settings);
@@ -33,8 +36,13 @@ public:
     Result OnLevel(const LDBMC& levels, int position, int rate);
     // Clears the detection state (a new track, a pause or a stop).
     void Reset();
+    // Goes on from a start verified before (a recording resumed after a pause): only the end
+    // of the track is looked for.
+    void ResumeStarted() { started_ = true; }
 
     bool IsStarted() const { return started_; }
+    // The level has dropped below the end threshold and the end check is under way.
+    bool IsEnding() const { return endCandidate_; }
     // The average of the last start check, -127 before the first.
     int LastAverage() const { return lastAverage_; }
 

@@ -17,8 +17,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <fcntl.h>
+
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -115,14 +117,53 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
     return result;
 }
 
+// Renames `from` to `to` unless `to` exists; errno EEXIST when it does. A file system that
+// cannot refuse in the rename itself is asked first.
+bool RenameWithoutReplacing(const char* from, const char* to) {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    if (Exists(to)) {
+        errno = EEXIST;
+        return false;
+    }
+    return std::rename(from, to) == 0;
+}
+
+// The destination with " (n)" added to its name, for the first n from 2 that `place` does
+// not refuse because the file exists already.
+template <typename Place> bool PlaceAtFreeName(LProcessConvert& job, Place place) {
+    const std::string wanted = job.destinationPath;
+    char folder[kPathBufferSize], name[kPathBufferSize], ext[kPathBufferSize];
+    _GetFolderFromPath(folder, wanted.c_str());
+    _GetFileNameFromPath(name, wanted.c_str());
+    _GetFileExtensionFromPath(ext, wanted.c_str());
+    for (int n = 2;; ++n) {
+        if (place(job.destinationPath)) break;
+        if (errno != EEXIST) return false;
+        const std::string numbered = std::string(name) + " (" + std::to_string(n) + ")";
+        _MakeFilePath(job.destinationPath, folder, numbered.c_str(), ext);
+    }
+    if (wanted != job.destinationPath)
+        LOGWARN("The file %s exists already: the output is saved as %s", wanted.c_str(),
+                job.destinationPath);
+    return true;
+}
+
 // What is done with the written file once the pass succeeded: it takes the destination's name
-// (or, when the conversion is not kept, the source itself moves there). False when the output
-// could not be put in place; the source is then kept.
+// (or, when the conversion is not kept, the source itself moves there). A file that is already
+// there is never replaced, unless it is the source converted onto itself: the output then takes
+// the next free name. False when the output could not be put in place; the source is then kept.
 bool FinishOutput(LProcessConvert& job, const char* writePath) {
-    if (job.convert || SameText(job.sourcePath, job.destinationPath)) {
+    const bool inPlace = SameText(job.sourcePath, job.destinationPath);
+    if (job.convert || inPlace) {
         // On the disk first when the recording it comes from is deleted next.
         if (job.deleteSource) SyncFile(writePath);
-        if (std::rename(writePath, job.destinationPath) != 0) {
+        const bool placed =
+            inPlace ? std::rename(writePath, job.destinationPath) == 0
+                    : PlaceAtFreeName(job, [&](const char* to) {
+                          return RenameWithoutReplacing(writePath, to);
+                      });
+        if (!placed) {
             LOGERROR("File conversion FAILED: could not rename sink file to %s",
                      job.destinationPath);
             unlink(writePath);
@@ -130,7 +171,14 @@ bool FinishOutput(LProcessConvert& job, const char* writePath) {
         }
     } else {
         unlink(writePath);
-        if (!MoveFile(job.sourcePath, job.destinationPath)) {
+        const bool placed = PlaceAtFreeName(job, [&](const char* to) {
+            if (Exists(to)) {
+                errno = EEXIST;
+                return false;
+            }
+            return MoveFile(job.sourcePath, to);
+        });
+        if (!placed) {
             LOGERROR("File conversion FAILED: could not rename source file to %s",
                      job.destinationPath);
             return false;

@@ -3,6 +3,8 @@
 #include "restore/FFT.h"
 
 #include <algorithm>
+#include <climits>
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -39,6 +41,13 @@ LSRCEq::LSRCEq(LSoundSource& source, const LSPEq& eq)
     : LSoundProcessBase(source), buffer_(static_cast<size_t>(kBufferFrames) * channels_, 0),
       filtered_(static_cast<size_t>(kChunk) * channels_, 0), filters_(channels_) {
     const std::vector<double> coeffs = ImpulseResponse(eq.curve);
+    // No output reaches further than the input's largest value times the sum of the response's
+    // magnitudes.
+    double reach = 0;
+    for (double c : coeffs)
+        reach += std::abs(c);
+    if (reach > 1)
+        maxAmplitude_ = static_cast<int>(std::min(maxAmplitude_ * reach, double(INT_MAX / 4)));
     for (LFiltFFT& filter : filters_) {
         filter.SetTaps(kTaps - 1);
         filter.SetBlkSize(kBlock);

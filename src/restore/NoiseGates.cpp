@@ -69,6 +69,9 @@ MixBands(int* out, const int* b0, const int* b1, const int* b2, const int* b3, c
 LSRCNoiseGates::LSRCNoiseGates(LSoundSource& source, LDB t0, LDB t1, LDB t2, LDB t3)
     : LSoundProcessBase(source), blockLen_(std::clamp(sampleRate_ / 30, 20, 8192)),
       attackLen_(blockLen_), releaseLen_(2 * blockLen_) {
+    // With the gates at different openings the bands no longer add up to the input, and the
+    // splits ring on steep edges: the output may reach twice as far.
+    maxAmplitude_ = static_cast<int>(std::min<int64_t>(int64_t{maxAmplitude_} * 2, INT_MAX / 4));
     const LDB thresholds[kBands] = {t0, t1, t2, t3};
     for (int k = 0; k < kBands; ++k) {
         coef_[k] = OnePoleCoef(kCornerHz[k], sampleRate_);

@@ -1,10 +1,19 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 // Stored PCM sample formats and their conversion to and from internal samples.
 // Internal samples are 32-bit integers with 16 units per 16-bit step: 16-bit full scale is
-// +-524,288. The conversions do not clip; writers keep samples within +-524,272.
+// +-524,288. Writing saturates: a sample beyond the stored range becomes its largest value of
+// that sign instead of wrapping around to the other sign.
+
+// An internal sample rounded to 16 bits and held within the 16-bit range. The sum cannot
+// overflow: internal samples stay far inside the 32-bit range.
+inline int Saturate16(int x)
+{
+    return std::clamp((x + 8) >> 4, -32768, 32767);
+}
 
 // 16-bit signed, little-endian.
 struct LSF16 {
@@ -12,7 +21,7 @@ struct LSF16 {
     static int In(const uint8_t* p) { return static_cast<int16_t>(p[0] | (p[1] << 8)) * 16; }
     static void Out(uint8_t* p, int x)
     {
-        const int v = (x + 8) >> 4;
+        const int v = Saturate16(x);
         p[0] = static_cast<uint8_t>(v);
         p[1] = static_cast<uint8_t>(v >> 8);
     }
@@ -25,7 +34,7 @@ struct LSFBE16 {
     static int In(const uint8_t* p) { return static_cast<int16_t>((p[0] << 8) | p[1]) * 16; }
     static void Out(uint8_t* p, int x)
     {
-        const int v = (x + 8) >> 4;
+        const int v = Saturate16(x);
         p[0] = static_cast<uint8_t>(v >> 8);
         p[1] = static_cast<uint8_t>(v);
     }
@@ -36,7 +45,10 @@ struct LSFBE16 {
 struct LSFU8 {
     using Stored = uint8_t;
     static int In(const uint8_t* p) { return (p[0] - 128) * 4096; }
-    static void Out(uint8_t* p, int x) { p[0] = static_cast<uint8_t>(((x + 2048) >> 12) - 128); }
+    static void Out(uint8_t* p, int x)
+    {
+        p[0] = static_cast<uint8_t>(std::clamp((x + 2048) >> 12, -128, 127) + 128);
+    }
     static constexpr int kBytes = 1;
 };
 

@@ -2,6 +2,7 @@
 
 #include "sound/SoundTime.h"
 
+#include <atomic>
 #include <cstdint>
 
 // A pushed consumer of interleaved internal samples. Objects are owned through LSoundSink
@@ -17,7 +18,8 @@ public:
     virtual void Seek(int) {}
     void Seek(const LSoundTime& time) { Seek(time.GetSamples(sampleRate_)); }
 
-    int GetPosition() const { return position_; }
+    // Any thread: a window shows the length of a recording while the recorder's thread writes it.
+    int GetPosition() const { return position_.load(std::memory_order_relaxed); }
     int GetSampleRate() const { return sampleRate_; }
     unsigned char GetChannels() const { return channels_; }
     // Bit 0 set: the sink cannot take audio.
@@ -26,7 +28,8 @@ public:
     bool IsFailed() const { return (error_ & 1) != 0; }
 
 protected:
-    int position_ = 0;
+    // Written only by the thread that writes the sink.
+    std::atomic<int> position_ = 0;
     int sampleRate_;
     unsigned char channels_;
     uint8_t error_ = 0;

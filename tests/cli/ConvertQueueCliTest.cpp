@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -235,3 +237,54 @@ TEST_F(ConvertCli, AFullDiskFailsWithoutTouchingExistingFiles) {
 }
 
 } // namespace
+
+namespace {
+
+// The largest change from one 16-bit sample to the next in a stereo wave file.
+int LargestJump(const std::string& path) {
+    const std::string raw = RunCommand("sox " + ShellQuote(path) + " -t s16 -");
+    int largest = 0;
+    for (size_t i = 4; i + 1 < raw.size(); i += 2) {
+        const auto at = [&](size_t k) { return int16_t(uint8_t(raw[k]) | uint8_t(raw[k + 1]) << 8); };
+        largest = std::max(largest, std::abs(at(i) - at(i - 4)));
+    }
+    return largest;
+}
+
+} // namespace
+
+// A side recorded too hot (two sines normalised to full scale, raised 6 dB and clipped) through
+// the noise gates alone: the gates may overshoot, but the limiter brings the output back
+// instead of letting it wrap around into jumps from one end of the range to the other.
+TEST_F(ConvertCli, LoudAudioThroughTheNoiseGatesDoesNotWrapAround) {
+    int status = -1;
+    RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(PathOf("tones.wav")) +
+                   " synth 2 sine 220 sine 3150 remix 1,2 1,2 && sox " +
+                   ShellQuote(PathOf("tones.wav")) + " " + ShellQuote(PathOf("in.wav")) +
+                   " gain -n 0 gain 6 2>/dev/null",
+               &status);
+    ASSERT_EQ(status, 0);
+    ASSERT_EQ(Convert("gated.wav", "--noise"), 0);
+    const int source = LargestJump(PathOf("in.wav"));
+    EXPECT_LT(LargestJump(PathOf("gated.wav")), 4 * source) << "source " << source;
+}
+
+// Whatever the user's file-creation mask, what the program makes, itself or through the
+// encoder or its settings library, is readable by all and writable by the user alone.
+TEST_F(ConvertCli, FilesAreMadeWithMode0644WhateverTheMask) {
+    MakeWave("in.wav");
+    int status = -1;
+    RunCommand("umask 0; " + std::string(VINORA_CLI) + " convert " + ShellQuote(PathOf("in.wav")) +
+                   " " + ShellQuote(PathOf("out/in.mp3")) + " 2>&1 && umask 0 && " + VINORA_CLI +
+                   " settings set Settings UseMinTime 0",
+               &status);
+    ASSERT_EQ(status, 0);
+    for (const fs::path& path :
+         {fs::path(PathOf("out/in.mp3")), home_.ConfigHome() / "Brakwater Software/Vinora.conf"}) {
+        EXPECT_EQ(fs::status(path).permissions(),
+                  fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read |
+                      fs::perms::others_read)
+            << path;
+    }
+    EXPECT_EQ(fs::status(PathOf("out")).permissions() & fs::perms::others_write, fs::perms::none);
+}

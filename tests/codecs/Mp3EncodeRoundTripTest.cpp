@@ -5,6 +5,7 @@
 
 #include "codecs/MP3File.h"
 #include "codecs/Mp3EncodeSink.h"
+#include "codecs/PipeOut.h"
 #include "jobs/ProcessInterfaceVoid.h"
 #include "sound/SourceToSink.h"
 #include "support/TempHome.h"
@@ -12,8 +13,15 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -130,6 +138,42 @@ TEST_F(Mp3EncodeRoundTripTest, SinkOfAMissingEncoderIsAnErrorSink) {
     const LSoundSink sink = OpenMp3Sink((home_.Path() / "x.mp3").c_str(), Joint(), 44100, 2);
     setenv("PATH", saved.c_str(), 1);
     EXPECT_EQ(sink->GetError(), 1);
+}
+
+// The program runs with a cleared file-creation mask; the encoder it starts must still make a
+// file that only its owner can change, and whatever it prints belongs in the log, not on the
+// terminal of a user who ran vinora-cli.
+TEST_F(Mp3EncodeRoundTripTest, TheEncoderMakesA0644FileAndPrintsOnlyToTheLog) {
+    const mode_t oldMask = umask(0);
+    const std::string printed = (home_.Path() / "stderr.txt").string();
+    fflush(stderr);
+    const int savedErr = dup(STDERR_FILENO);
+    const int capture = open(printed.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    dup2(capture, STDERR_FILENO);
+    const std::string mp3 = Encode("mode.mp3", Joint(), 2, 2);
+    LPipeOut chatty;
+    ASSERT_TRUE(chatty.Open("echo 'LAME banner' >&2; echo 'to stdout'; cat > /dev/null"));
+    EXPECT_TRUE(chatty.Write("abc", 3));
+    EXPECT_EQ(chatty.Close(), 0);
+    fflush(stderr);
+    dup2(savedErr, STDERR_FILENO);
+    close(savedErr);
+    close(capture);
+    umask(oldMask);
+
+    struct stat info {};
+    ASSERT_EQ(stat(mp3.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0644u);
+    std::ifstream in(printed);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "");
+    std::string log;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(home_.Path()))
+        if (entry.path().extension() == ".txt" && entry.path().filename() != "stderr.txt") {
+            std::ifstream file(entry.path());
+            log += std::string(std::istreambuf_iterator<char>(file), {});
+        }
+    EXPECT_NE(log.find("LAME banner"), std::string::npos) << log;
+    EXPECT_NE(log.find("to stdout"), std::string::npos) << log;
 }
 
 } // namespace

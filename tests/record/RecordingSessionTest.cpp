@@ -120,20 +120,26 @@ TEST(FileNamePatternTest, ReplacesArguments) {
     }
 }
 
-TEST(RecordingNamesTest, SkipExistingNamesAndCountOn) {
+TEST(RecordingNamesTest, SkipNamesOfFilesCopiesAndQueuedOutputs) {
     TempHome home;
     const fs::path output = home.Path() / "out";
+    const fs::path copies = home.Path() / "copies";
     fs::create_directories(output);
+    fs::create_directories(copies);
     LUserSettingSetString("OutputFormat", "FileNameFormat", "Side %autonumber% %YYYY%");
     char year[8];
     const std::time_t now = std::time(nullptr);
     std::strftime(year, sizeof year, "%Y", std::localtime(&now));
-    std::ofstream(output / ("Side 03 " + std::string(year) + ".mp3")) << "x";
+    const std::string y = year;
+    // 03 is in the output folder, 04 among the copies, 05 waits in the queue (another case).
+    std::ofstream(output / ("Side 03 " + y + ".mp3")) << "x";
+    std::ofstream(copies / ("Side 04 " + y + ".wav")) << "x";
+    const std::vector<std::string> queued = {(output / ("side 05 " + y + ".mp3")).string()};
     iNextAutoNumber = 3;
     char name[260];
-    GetNewRecordingFileName(name, output.c_str());
-    EXPECT_EQ(std::string(name), "Side 04 " + std::string(year));
-    EXPECT_EQ(iNextAutoNumber, 5);
+    GetNewRecordingFileName(name, {output.string(), copies.string()}, queued);
+    EXPECT_EQ(std::string(name), "Side 06 " + y);
+    EXPECT_EQ(iNextAutoNumber, 7);
 }
 
 TEST(DiscSpaceTest, TextsForDataDiscsAndAudioCDs) {

@@ -62,7 +62,7 @@ TEST_F(RecordDeviceSettingsTest, StoredByListNameAndFallingBackWhenTheNameIsGone
 
     LUserSettingSetString("Settings", "SoundInDevice", "USB Audio CODEC (unplugged)");
     LUserSettingSet<int>("Settings", "SoundInDeviceChannel", 2);
-    EXPECT_EQ(LSettingGetSoundRecordDevice("Settings", "SoundInDevice"), LSoundRecordDevice(0, 0));
+    EXPECT_EQ(LSettingGetSoundRecordDevice("Settings", "SoundInDevice").GetIndex(), 0);
 }
 
 TEST_F(RecordDeviceSettingsTest, DropDownsListTheDevicesAndGiveBackTheChoice) {
@@ -77,9 +77,29 @@ TEST_F(RecordDeviceSettingsTest, DropDownsListTheDevicesAndGiveBackTheChoice) {
     LSoundRecordDeviceChanged(choice);
     EXPECT_EQ(choice.inputs.size(), choice.inputPositions.size());
     EXPECT_EQ(choice.inputSelected, choice.inputs.empty() ? -1 : 0);
-    EXPECT_EQ(LSoundRecordDeviceApply(choice).deviceIndex, 0);
+    EXPECT_EQ(LSoundRecordDeviceApply(choice).GetIndex(), 0);
 
     // A device index from a list that has since shrunk selects the first device.
     LSoundRecordDeviceInit(choice, LSoundRecordDevice(int(choice.devices.size()) + 3, 1));
     EXPECT_EQ(choice.deviceSelected, 0);
+}
+
+// A device chosen from the list is the same device after the list has changed: a new source
+// that appears before it moves every later device down one place.
+TEST_F(RecordDeviceSettingsTest, AChosenDeviceFollowsItsNameWhenTheListChanges) {
+    const LSoundRecordDevice chosen(turntable_, 0);
+    EXPECT_EQ(chosen.GetName(), "Virtual Turntable");
+    int status = -1;
+    RunCommand("pactl load-module module-null-sink sink_name=usb_interface >/dev/null", &status);
+    ASSERT_EQ(status, 0);
+    ASSERT_EQ(IndexOf(kVirtualTurntableId), turntable_ + 1);
+    uint32_t id = 0;
+    ASSERT_TRUE(chosen.GetId(id));
+    EXPECT_EQ(id, kVirtualTurntableId);
+    EXPECT_EQ(chosen.GetIndex(), turntable_ + 1);
+
+    // The sound server's own name finds a device as well.
+    ASSERT_TRUE(LSoundRecordDevice("usb_interface.monitor", 0).GetId(id));
+    EXPECT_NE(id, kVirtualTurntableId);
+    EXPECT_EQ(LSoundRecordDevice("usb_interface.monitor", 0).GetName(), "usb_interface.monitor");
 }

@@ -196,7 +196,7 @@ TEST_F(SoundRecorderTest, A48kHzInputIsConvertedToTheSinksRate) {
     }
 }
 
-TEST_F(SoundRecorderTest, StartFailsOnASinkInErrorOrADeviceThatIsNotThere) {
+TEST_F(SoundRecorderTest, StartFailsOnASinkInErrorOrADeviceThatCannotOpen) {
     NotifyLog log;
     LSoundRecorder recorder(&log);
     recorder.GetLowLevel().SetDevice(turntable_);
@@ -205,7 +205,7 @@ TEST_F(SoundRecorderTest, StartFailsOnASinkInErrorOrADeviceThatIsNotThere) {
 
     std::vector<int> samples;
     LSoundSink sink(new CaptureSink(kRate, 2, samples));
-    recorder.GetLowLevel().SetDevice(LSoundRecordDevice(99, 0));
+    setenv("VINORA_VIRTUAL_TURNTABLE", (home_.Path() / "missing.wav").c_str(), 1);
     EXPECT_FALSE(recorder.Start(sink, LSoundTime(0), kSilence, LSoundTime(4000), 0));
     EXPECT_EQ(recorder.GetState(), 0);
     EXPECT_FALSE(recorder.GetLowLevel().GetError().empty());

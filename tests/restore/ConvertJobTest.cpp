@@ -17,6 +17,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -168,6 +169,32 @@ TEST_F(ConvertJobTest, WithoutConvertTheRecordingBecomesTheOutput) {
     EXPECT_EQ(fs::file_size(Out() / "rec.wav"), size);
 }
 
+// A file already at the destination (another recording of that name, a file the user put
+// there) is never replaced: the output takes the next free "name (n)", announced and logged.
+TEST_F(ConvertJobTest, AnExistingDestinationIsKeptAndTheOutputNumbered) {
+    for (const bool convert : {true, false}) {
+        fs::remove_all(Out());
+        fs::create_directories(Out());
+        std::ofstream(Out() / "Untitled 01.wav") << "first";
+        std::ofstream(Out() / "Untitled 01 (2).wav") << "second";
+        LProcessConvert job = Job(MakeWave("rec.wav"), Out(), ".wav");
+        std::snprintf(job.destinationPath, sizeof job.destinationPath, "%s",
+                      (Out() / "Untitled 01.wav").c_str());
+        job.convert = convert;
+        job.deleteSource = 1;
+        notify_.added.clear();
+        ASSERT_EQ(Process(progress_, job), PROCESS_DONE) << convert;
+
+        std::ifstream first(Out() / "Untitled 01.wav"), second(Out() / "Untitled 01 (2).wav");
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(first), {}), "first") << convert;
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(second), {}), "second") << convert;
+        const fs::path numbered = Out() / "Untitled 01 (3).wav";
+        EXPECT_EQ(LWaveFile::OpenSource(numbered.c_str())->GetError(), sndErrNone) << convert;
+        EXPECT_EQ(notify_.added, std::vector<std::string>{numbered.string()}) << convert;
+        EXPECT_NE(Log().find("is saved as " + numbered.string()), std::string::npos) << convert;
+    }
+}
+
 TEST_F(ConvertJobTest, FailuresKeepTheSourceAndLeaveNoOutput) {
     const fs::path source = MakeWave("keep.wav");
 
@@ -177,14 +204,14 @@ TEST_F(ConvertJobTest, FailuresKeepTheSourceAndLeaveNoOutput) {
     ASSERT_EQ(progress_.errors.size(), 1u);
     EXPECT_EQ(progress_.errors[0], "Save File Error: \"" + (Out() / "keep.ogg").string() + "\"");
 
-    // A folder where the output file should be.
-    fs::create_directories(Out() / "keep.wav");
+    // A folder where the output is written.
+    fs::create_directories(Out() / ".keep.partial.wav");
     LProcessConvert blocked = Job(source, Out(), ".wav");
     blocked.deleteSource = 1;
     EXPECT_EQ(Process(progress_, blocked), PROCESS_FAILED);
-    EXPECT_TRUE(fs::is_directory(Out() / "keep.wav"));
+    EXPECT_TRUE(fs::is_directory(Out() / ".keep.partial.wav"));
     // The encoder starts but cannot write its file.
-    fs::create_directories(Out() / "keep.mp3");
+    fs::create_directories(Out() / ".keep.partial.mp3");
     LProcessConvert encoder = Job(source, Out(), ".mp3");
     encoder.deleteSource = 1;
     EXPECT_EQ(Process(progress_, encoder), PROCESS_FAILED);

@@ -83,7 +83,7 @@ TEST(SoundTime, TextsAndUserInput) {
     EXPECT_EQ(LSoundTime::FromSamples(2000000000, 48000).GetMS(), 41666666);
 }
 
-TEST(SampleFormat, ConvertersRoundAndDoNotClip) {
+TEST(SampleFormat, ConvertersRoundAndSaturate) {
     const uint8_t le[4] = {0xFF, 0x7F, 0x00, 0x80};
     int values[2];
     ConvertSamplesIn<LSF16>(values, le, 2);
@@ -95,9 +95,15 @@ TEST(SampleFormat, ConvertersRoundAndDoNotClip) {
     ConvertSamplesOut<LSF16>(out, back, 2);
     EXPECT_EQ(std::vector<uint8_t>(out, out + 4), (std::vector<uint8_t>{0xFF, 0x7F, 0, 0}))
         << "-8 rounds to 0";
-    const int tooLoud = 524288; // wraps: the converters never clip
-    ConvertSamplesOut<LSF16>(out, &tooLoud, 1);
-    EXPECT_EQ(out[1], 0x80);
+    // Past the 16-bit range a sample saturates instead of wrapping around to the other sign.
+    const int tooLoud[2] = {524288, -2000000};
+    ConvertSamplesOut<LSF16>(out, tooLoud, 2);
+    EXPECT_EQ(std::vector<uint8_t>(out, out + 4), (std::vector<uint8_t>{0xFF, 0x7F, 0, 0x80}));
+    ConvertSamplesOut<LSFBE16>(out, tooLoud, 2);
+    EXPECT_EQ(std::vector<uint8_t>(out, out + 4), (std::vector<uint8_t>{0x7F, 0xFF, 0x80, 0}));
+    ConvertSamplesOut<LSFU8>(out, tooLoud, 2);
+    EXPECT_EQ(out[0], 255);
+    EXPECT_EQ(out[1], 0);
 
     const uint8_t be[2] = {0x12, 0x34};
     ConvertSamplesIn<LSFBE16>(values, be, 1);
