@@ -80,7 +80,8 @@ double SyncSeconds(const std::string& command, const std::string& image, const f
     fs::remove(image);
     sync();
     if (std::system(("strace -f --seccomp-bpf -T -e trace=fsync -o " + trace.string() + " " +
-                     command + " >/dev/null 2>&1").c_str()) != 0)
+                     command + " >/dev/null 2>&1")
+                        .c_str()) != 0)
         return -1;
     std::ifstream in(trace);
     double total = 0;

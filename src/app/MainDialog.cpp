@@ -488,9 +488,9 @@ std::string MainDialog::GrabTotalFileDuration(bool duration, bool selectedOnly) 
 void MainDialog::SetTotalFileDurations(bool selectedOnly) {
     LUserSettingSetString("RecordingPage", "TotalTime",
                           GrabTotalFileDuration(true, selectedOnly).c_str());
-    LUserSettingSet<int64_t>("RecordingPage", "TotalSize",
-                             std::strtoll(GrabTotalFileDuration(false, selectedOnly).c_str(),
-                                          nullptr, 10));
+    LUserSettingSet<int64_t>(
+        "RecordingPage", "TotalSize",
+        std::strtoll(GrabTotalFileDuration(false, selectedOnly).c_str(), nullptr, 10));
 }
 
 void MainDialog::CmAddFiles() {

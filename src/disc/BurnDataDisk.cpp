@@ -56,7 +56,8 @@ bool ExistingImage(const std::string& path, std::string& error) {
         return false;
     }
     if (!S_ISREG(info.st_mode) || !IsDiscImageName(path))
-        error = "\"" + path + "\" exists and is not a disc image (.iso or .img): it is not replaced";
+        error =
+            "\"" + path + "\" exists and is not a disc image (.iso or .img): it is not replaced";
     return true;
 }
 
@@ -124,7 +125,8 @@ LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
     LHybridDataDisk builder(job.compilation, job.project, MEDIA_IMAGE_FILE, job.sourceImage, boot);
     PartialImage out(job.outputImage);
     if (!out.IsOpen())
-        return Fail(progress, job, 1, Format("Cannot open the ISO file to write \"%s\".", job.outputImage));
+        return Fail(progress, job, 1,
+                    Format("Cannot open the ISO file to write \"%s\".", job.outputImage));
 
     if (job.sourceImage.empty()) builder.Start(LHybridDataDisk::kBuildPriority);
     else builder.Build();

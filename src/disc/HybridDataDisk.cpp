@@ -201,7 +201,8 @@ BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, int 
     WriteSectorCache cache(fd, kImageRunSectors);
     // A write that failed, or data that ran past the sectors laid out for it.
     const auto writeFailed = [&cache, &outputPath] {
-        if (cache.Error() == 0) return BurnErrorCode(5, (outputPath + ": the data ran past its sectors").c_str());
+        if (cache.Error() == 0)
+            return BurnErrorCode(5, (outputPath + ": the data ran past its sectors").c_str());
         return LImageWriteError(outputPath, cache.Error());
     };
     if (!sourceImage_.empty()) return CopySourceImage(progress, cache, writeFailed);
@@ -238,14 +239,17 @@ BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, int 
                     return;
                 }
                 done += static_cast<uint64_t>(copied);
-                progress.SetProgress(0.1 + static_cast<double>(item.sector - fileStart_ + done / kSectorSize) * perSector);
+                progress.SetProgress(
+                    0.1 +
+                    static_cast<double>(item.sector - fileStart_ + done / kSectorSize) * perSector);
                 if (static_cast<uint64_t>(copied) < want) break;
                 if (done < item.size && progress.IsToStop()) {
                     stopped = true;
                     return;
                 }
             }
-            if (!file.IsOpen() || done < item.size) result.AddInformation(41, item.sourcePath.c_str());
+            if (!file.IsOpen() || done < item.size)
+                result.AddInformation(41, item.sourcePath.c_str());
             // A file that shrank or could not be read keeps its sectors, as zeros.
             if (!cache.PadToSector(item.sector + sectors)) failed = true;
         });
@@ -268,7 +272,8 @@ BurnErrorCode LHybridDataDisk::CopySourceImage(LProcessInterface& progress, Writ
     std::vector<uint8_t> chunk(kChunk);
     for (uint64_t done = 0; done < sourceBytes_;) {
         if (progress.IsToStop()) return BurnErrorCode(1);
-        const size_t want = static_cast<size_t>(std::min<uint64_t>(chunk.size(), sourceBytes_ - done));
+        const size_t want =
+            static_cast<size_t>(std::min<uint64_t>(chunk.size(), sourceBytes_ - done));
         const ssize_t got = source.Read(chunk.data(), want);
         if (got < 0) return sourceFailed(std::strerror(errno));
         if (got == 0) return sourceFailed("the file became shorter while it was copied");

@@ -59,7 +59,8 @@ public:
     // be read, its sectors written as zeros; 37 or 32 for a failed write (LImageWriteError);
     // 5 for a source image that could not be read or changed size. The build must have ended
     // without error.
-    BurnErrorCode BurnCompilation(LProcessInterface& progress, int fd, const std::string& outputPath);
+    BurnErrorCode BurnCompilation(LProcessInterface& progress, int fd,
+                                  const std::string& outputPath);
 
 protected:
     void ThreadFunction() override;

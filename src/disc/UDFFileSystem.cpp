@@ -319,7 +319,8 @@ void LUDFFileSystem::WriteFileEntry(LBufferVector& area, size_t offset, const No
 void LUDFFileSystem::WriteDirectory(LBufferVector& area, size_t offset, const Node& node) const {
     std::vector<uint8_t> stream(node.directoryBytes, 0);
     size_t at = 0;
-    const auto add = [&](const LAbstractBurnFile* child, const Node& target, uint8_t characteristics) {
+    const auto add = [&](const LAbstractBurnFile* child, const Node& target,
+                         uint8_t characteristics) {
         const std::string name = child ? NodeOf(child).identifier : std::string();
         uint8_t* d = &stream[at];
         Put16(d + 16, 1);

@@ -155,7 +155,8 @@ LProcessResult Process(LProcessInterface& progress, LJoinFiles& job) {
             LOGERROR("Conversion to MP3 joined file %s has failed", wanted.c_str());
     }
     const std::string wanted = base + fs::path(joined).extension().string();
-    job.output = CommitToFreeName(joined, [&](int counter) { return NumberedName(wanted, counter); });
+    job.output =
+        CommitToFreeName(joined, [&](int counter) { return NumberedName(wanted, counter); });
     if (job.output.empty()) {
         LOGERROR("The joined file %s could not be named: %s", base.c_str(), std::strerror(errno));
         progress.SetError(kCannotCreate);

@@ -76,7 +76,9 @@ public:
     PieceFiles& operator=(const PieceFiles&) = delete;
 
     // A new hidden file beside the piece's name; "" when none can be made.
-    const std::string& Start(const std::string& name) { return writing_ = MakeHiddenTemporary(name); }
+    const std::string& Start(const std::string& name) {
+        return writing_ = MakeHiddenTemporary(name);
+    }
     // Gives the written file its first free piece name; false when it cannot.
     bool Commit(const std::string& source, int index) {
         const std::string piece = CommitToFreeName(

@@ -85,7 +85,8 @@ std::string CopyToFreeName(const std::string& from, const std::string& target) {
     if (temporary.empty()) return {};
     std::string copy;
     if (CopyFile(from.c_str(), temporary.c_str()))
-        copy = CommitToFreeName(temporary, [&](int counter) { return NumberedName(target, counter); });
+        copy =
+            CommitToFreeName(temporary, [&](int counter) { return NumberedName(target, counter); });
     if (copy.empty()) unlink(temporary.c_str());
     return copy;
 }

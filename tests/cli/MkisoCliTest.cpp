@@ -33,11 +33,13 @@ TEST(MkisoCli, ReplacesOnlyAnImageAndLeavesEveryFileAsItWasOnAFullDisk) {
     EXPECT_EQ(FolderContents(work), before);
 
     // 512 KB: the image (over 1 MB) cannot be written.
-    said = CliOnFullDisk("mkiso " + ShellQuote(work / "old.iso") + " " + ShellQuote(tree), 512 * 1024,
-                         &status);
+    said = CliOnFullDisk("mkiso " + ShellQuote(work / "old.iso") + " " + ShellQuote(tree),
+                         512 * 1024, &status);
     EXPECT_EQ(status, 2);
-    EXPECT_NE(said.find("Not enough free harddrive space to do this action"), std::string::npos) << said;
-    EXPECT_NE(said.find((work / "old.iso").string() + ": File too large"), std::string::npos) << said;
+    EXPECT_NE(said.find("Not enough free harddrive space to do this action"), std::string::npos)
+        << said;
+    EXPECT_NE(said.find((work / "old.iso").string() + ": File too large"), std::string::npos)
+        << said;
     EXPECT_EQ(FolderContents(work), before);
     said = CliOnFullDisk("mkiso " + ShellQuote(work / "new.iso") + " --from " +
                              ShellQuote(work / "old.iso"),
@@ -52,7 +54,8 @@ TEST(MkisoCli, ReplacesOnlyAnImageAndLeavesEveryFileAsItWasOnAFullDisk) {
     EXPECT_EQ(FolderContents(work).size(), before.size());
 
     for (const char* project : {"1", "17"}) {
-        said = Mkiso(ShellQuote(work / "p.iso") + " --project " + project + " " + ShellQuote(tree), &status);
+        said = Mkiso(ShellQuote(work / "p.iso") + " --project " + project + " " + ShellQuote(tree),
+                     &status);
         EXPECT_EQ(status, 2) << project;
         EXPECT_NE(said.find(std::string("project ") + project + " ("), std::string::npos) << said;
         EXPECT_FALSE(fs::exists(work / "p.iso"));

@@ -260,7 +260,8 @@ TEST_F(DiscImageTest, ASourceImageThatChangesOrAnOutputThatIsNoImageIsAnErrorNam
         progress.change = change;
         EXPECT_EQ(Process(progress, job), PROCESS_FAILED) << name;
         EXPECT_EQ(job.error.code, 5u) << name;
-        EXPECT_NE(job.error.Describe().find(source.string()), std::string::npos) << job.error.Describe();
+        EXPECT_NE(job.error.Describe().find(source.string()), std::string::npos)
+            << job.error.Describe();
         std::ifstream in(image, std::ios::binary);
         EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "an earlier image") << name;
     }
