@@ -20,6 +20,7 @@
 #include "platform/UserFolders.h"
 #include "play/JoinJob.h"
 #include "play/SplitJob.h"
+#include "play/WaveOrMp3Source.h"
 #include "sound/SoundTime.h"
 #include "tags/AudioTagData.h"
 
@@ -27,7 +28,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -129,7 +133,7 @@ void MainDialog::InitDialog() {
 void MainDialog::OnStartupTimer() {
     if (!list_.Empty()) return;
     LUserSettingSetString("RecordingPage", "TotalTime", "0:00:00.00");
-    LUserSettingSet<int>("RecordingPage", "TotalSize", 0);
+    LUserSettingSet<int64_t>("RecordingPage", "TotalSize", 0);
     OpenWizard();
 }
 
@@ -443,12 +447,31 @@ void MainDialog::OnRenameEnded(int, const std::string& text) {
     _GetFileNameFromPath(base, oldName.c_str());
     if (oldName.empty() || text.empty() || !ext[0] || !base[0]) return;
     if (!PreprocessName(text.c_str(), cleaned)) return;
+    const std::string newName = std::string(cleaned) + ext;
+    // Committing the name as it was changes nothing; a change of case only is a real rename.
+    if (newName == oldName) return;
     const std::string folder = GetVNOutputFolder();
     const std::string from = Join(folder, oldName);
-    const std::string to = Join(folder, std::string(cleaned) + ext);
-    if (strcasecmp(from.c_str(), to.c_str()) != 0 && rename(from.c_str(), to.c_str()) != 0)
-        LOGERROR("Renaming %s to %s has failed", from.c_str(), to.c_str());
+    const std::string to = Join(folder, newName);
+    if (!RenameNoReplace(from.c_str(), to.c_str())) {
+        if (errno == EEXIST) {
+            Tell(Printf("A file named \"%s\" already exists in the recordings folder. Please "
+                        "choose another name.",
+                        newName.c_str()));
+        } else {
+            const std::string reason = Printf("Renaming %s to %s has failed: %s", from.c_str(),
+                                              to.c_str(), std::strerror(errno));
+            LOGERROR("%s", reason.c_str());
+            Tell(reason);
+        }
+        view_.RowsChanged();
+        return;
+    }
+    LOG("File %s renamed to %s", from.c_str(), to.c_str());
+    if (status_[0] == oldName) SetStatus(0, newName);
     RefreshFileList();
+    list_.SelectOnly(list_.Find(newName));
+    view_.RowsChanged();
 }
 
 std::string MainDialog::GrabTotalFileDuration(bool duration, bool selectedOnly) {
@@ -471,8 +494,9 @@ std::string MainDialog::GrabTotalFileDuration(bool duration, bool selectedOnly) 
 void MainDialog::SetTotalFileDurations(bool selectedOnly) {
     LUserSettingSetString("RecordingPage", "TotalTime",
                           GrabTotalFileDuration(true, selectedOnly).c_str());
-    LUserSettingSet<int>("RecordingPage", "TotalSize",
-                         std::atoi(GrabTotalFileDuration(false, selectedOnly).c_str()));
+    LUserSettingSet<int64_t>(
+        "RecordingPage", "TotalSize",
+        std::strtoll(GrabTotalFileDuration(false, selectedOnly).c_str(), nullptr, 10));
 }
 
 void MainDialog::CmAddFiles() {
@@ -662,7 +686,8 @@ void MainDialog::CopyJoinedToOutputFolder(const std::string& path) {
         LUserSettingGetString("OutputFormat", "OutputFolder", GetDefaultOutputFolder().c_str());
     const std::string target = Join(folder, FileOf(path));
     if (target == path) return;
-    if (CreateFolderTree(folder.c_str()) && CopyFile(path.c_str(), target.c_str()))
+    // A file of that name there is kept: the copy takes the next free name.
+    if (CreateFolderTree(folder.c_str()) && !CopyToFreeName(path, target).empty())
         LOG("Copying of file \"%s\" to destination folder %s was successful.", path.c_str(),
             folder.c_str());
     else

@@ -1,5 +1,7 @@
 #include "app/RecordingsList.h"
 
+#include "platform/Paths.h"
+
 #include <strings.h>
 
 #include <algorithm>
@@ -19,6 +21,12 @@ std::string FormatRecordingTime(std::time_t time) {
     std::snprintf(text, sizeof text, "%.4d-%.2d-%.2d   %.2d:%.2d:%.2d", local.tm_year + 1900,
                   local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
     return text;
+}
+
+std::string RenameEditText(const std::string& name) {
+    char base[kPathBufferSize];
+    _GetFileNameFromPath(base, name.c_str());
+    return base;
 }
 
 int LRecordingsList::Find(const std::string& name) const {

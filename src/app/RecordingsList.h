@@ -28,6 +28,10 @@ std::string FormatRecordingSize(int64_t bytes);
 // "2009-03-02   07:05:09" (local time).
 std::string FormatRecordingTime(std::time_t time);
 
+// The text the in-place editor of a row's name starts with: the name without its extension,
+// which stays as it is whatever the user types.
+std::string RenameEditText(const std::string& name);
+
 // The rows of the recordings list with their selection, sorting and moving.
 class LRecordingsList {
 public:

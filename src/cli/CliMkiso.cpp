@@ -15,7 +15,9 @@ constexpr const char* kUsage =
     "       vinora-cli mkiso OUT.iso --from IMAGE\n"
     "  folders are added with their whole trees; the project decides the file systems:\n"
     "  2 ISO 9660 + Joliet, 3 ISO 9660, 4 UDF, 18 ISO 9660 + Joliet + UDF (the default);\n"
-    "  --from copies an existing image file\n";
+    "  1 (Video DVD) and 17 (UDF Disk) are not made into image files;\n"
+    "  --from copies an existing image file; an existing OUT is replaced only when it is an\n"
+    "  .iso or .img file\n";
 
 bool ParseProject(const std::string& text, int& project) {
     char* end = nullptr;
@@ -25,6 +27,20 @@ bool ParseProject(const std::string& text, int& project) {
         return false;
     project = static_cast<int>(value);
     return true;
+}
+
+// Why a project cannot be made into an image file; null when it can.
+const char* ProjectNotBuilt(int project) {
+    switch (project) {
+    case PROJECT_VIDEO_DVD:
+        return "project 1 (Video DVD) is not built: its video layout is not made here; use "
+               "--project 9 for a DVD with ISO 9660, Joliet and UDF";
+    case PROJECT_UDF_DISK:
+        return "project 17 (UDF Disk) takes its UDF project from the disc in the drive, and an "
+               "image file has none; use --project 4 (UDF CD) or 8 (UDF DVD)";
+    default:
+        return nullptr;
+    }
 }
 
 } // namespace
@@ -59,6 +75,10 @@ int CliMkiso(const CliArgs& args) {
     }
     if (paths.empty() == source.empty()) {
         std::fputs(kUsage, stderr);
+        return 2;
+    }
+    if (const char* reason = ProjectNotBuilt(project); reason && source.empty()) {
+        std::fprintf(stderr, "vinora-cli mkiso: %s\n", reason);
         return 2;
     }
     for (const std::string& path : paths) {

@@ -53,6 +53,9 @@ void LSRCPCMFileBase::ReadBlock(int* buffer, int frames) {
         bytes =
             ReadFileAt(file_, offset, stored_.data(), static_cast<size_t>(count) * bytesPerFrame_);
     }
+    // A file shorter than its header says ends where its samples end.
+    if (frameCount_ >= 0 && bytes < static_cast<size_t>(count) * bytesPerFrame_)
+        frameCount_ = first + static_cast<int>(bytes / bytesPerFrame_);
     const int values = static_cast<int>(bytes) / bytesPerSample_;
     const int leading = before * channels_;
     ClearAudioBuffer(buffer, leading);

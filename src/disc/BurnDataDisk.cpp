@@ -2,13 +2,20 @@
 
 #include "burn/BurnMediaTypes.h"
 #include "disc/HybridDataDisk.h"
+#include "platform/AtomicFile.h"
 #include "platform/File.h"
 #include "platform/FileOps.h"
 
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -20,16 +27,81 @@ std::string Format(const char* format, const std::string& path) {
     return text;
 }
 
+LProcessResult Fail(LProcessInterface& progress, LBurnDataDisk& job, const BurnErrorCode& error) {
+    job.error = error;
+    progress.SetError(job.error.Describe().c_str());
+    return PROCESS_FAILED;
+}
+
 LProcessResult Fail(LProcessInterface& progress, LBurnDataDisk& job, BurnErrorCodeValue code,
                     const std::string& text) {
-    job.error = BurnErrorCode(code, text.c_str());
-    progress.SetError(text.c_str());
-    return PROCESS_FAILED;
+    return Fail(progress, job, BurnErrorCode(code, text.c_str()));
 }
 
 bool Readable(const std::string& path) {
     return LFile(_OpenRead(path.c_str(), 1000)).IsOpen();
 }
+
+bool IsDiscImageName(const std::string& path) {
+    const std::string extension = std::filesystem::path(path).extension().string();
+    return strcasecmp(extension.c_str(), ".iso") == 0 || strcasecmp(extension.c_str(), ".img") == 0;
+}
+
+// What lies at the image's path: nothing (false), or a disc image file that the new image may
+// replace (true). Anything else is refused with `error` set.
+bool ExistingImage(const std::string& path, std::string& error) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0) {
+        if (errno != ENOENT) error = path + ": " + std::strerror(errno);
+        return false;
+    }
+    if (!S_ISREG(info.st_mode) || !IsDiscImageName(path))
+        error =
+            "\"" + path + "\" exists and is not a disc image (.iso or .img): it is not replaced";
+    return true;
+}
+
+// The image file being written: a hidden file beside the destination, removed unless it took
+// the destination's name.
+class PartialImage {
+public:
+    explicit PartialImage(const std::string& destination) {
+        const std::filesystem::path target(destination);
+        const std::string folder = target.has_parent_path() ? target.parent_path().string() : ".";
+        const std::string pattern = folder + "/." + target.filename().string() + ".XXXXXX.part";
+        std::vector<char> path(pattern.begin(), pattern.end());
+        path.push_back('\0');
+        file_ = LFile(mkostemps(path.data(), 5, O_CLOEXEC));
+        if (file_.IsOpen()) {
+            path_ = path.data();
+            fchmod(file_.GetFd(), kFileMode);
+        }
+    }
+    ~PartialImage() {
+        if (!path_.empty()) unlink(path_.c_str());
+    }
+    PartialImage(const PartialImage&) = delete;
+    PartialImage& operator=(const PartialImage&) = delete;
+
+    bool IsOpen() const { return file_.IsOpen(); }
+    int GetFd() const { return file_.GetFd(); }
+
+    // Syncs the image to the disk and gives it the destination's name, replacing the file there
+    // only when `replace`. The error, named by `destination`, when that fails.
+    BurnErrorCode Commit(const std::string& destination, bool replace) {
+        if (fsync(file_.GetFd()) != 0) return LImageWriteError(destination, errno);
+        file_.Close();
+        const bool renamed = replace ? std::rename(path_.c_str(), destination.c_str()) == 0
+                                     : RenameNoReplace(path_.c_str(), destination.c_str());
+        if (!renamed) return BurnErrorCode(32, (destination + ": " + std::strerror(errno)).c_str());
+        path_.clear();
+        return {};
+    }
+
+private:
+    LFile file_;
+    std::string path_;
+};
 
 } // namespace
 
@@ -44,20 +116,17 @@ LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
     const std::string boot = job.bootImage.empty() ? job.settings.bootableSectors : job.bootImage;
     if (!boot.empty() && !Readable(boot))
         return Fail(progress, job, 1, Format("Cannot open the source ISO file \"%s\".", boot));
+    std::string refusal;
+    const bool replace = ExistingImage(job.outputImage, refusal);
+    if (!refusal.empty()) return Fail(progress, job, 5, refusal);
     if (progress.IsToStop()) return PROCESS_STOPPED;
     progress.SetProgressIndeterminateOn();
 
     LHybridDataDisk builder(job.compilation, job.project, MEDIA_IMAGE_FILE, job.sourceImage, boot);
-    // Written under a private name in the destination's folder, renamed when complete.
-    std::string folder = std::filesystem::path(job.outputImage).parent_path().string();
-    if (folder.empty()) folder = ".";
-    char partial[4096];
-    std::snprintf(partial, sizeof partial, "%s/.%s.%d.part", folder.c_str(),
-                  std::filesystem::path(job.outputImage).filename().c_str(), static_cast<int>(getpid()));
-    LFile out(::open(partial, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    PartialImage out(job.outputImage);
     if (!out.IsOpen())
-        return Fail(progress, job, 1, Format("Cannot open the ISO file to write \"%s\".", job.outputImage));
-    const auto discard = [&partial] { ::unlink(partial); };
+        return Fail(progress, job, 1,
+                    Format("Cannot open the ISO file to write \"%s\".", job.outputImage));
 
     if (job.sourceImage.empty()) builder.Start(LHybridDataDisk::kBuildPriority);
     else builder.Build();
@@ -66,15 +135,12 @@ LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
     while (job.sourceImage.empty() && builder.IsRunning() && !builder.Done().IsSignaled()) {
         if (progress.ProcessWaitSignal(builder.Done(), kBuildWaitMs) == WAIT_STOPPED) {
             builder.StopThreadNow();
-            discard();
             return PROCESS_STOPPED;
         }
     }
     builder.StopThreadNow();
     if (builder.Error().code != 0) {
-        discard();
-        job.error = builder.Error();
-        progress.SetError(job.error.Describe().c_str());
+        Fail(progress, job, builder.Error());
         return job.error.code == 1 ? PROCESS_STOPPED : PROCESS_FAILED;
     }
 
@@ -82,17 +148,9 @@ LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
     progress.SetStatus("Please wait...", 1);
     progress.SetProgressIndeterminateOff();
     progress.SetProgress(0);
-    if (progress.IsToStop()) {
-        discard();
-        return PROCESS_STOPPED;
-    }
-    job.error = builder.BurnCompilation(progress, out.GetFd());
-    if (job.error.code == 0 && ::rename(partial, job.outputImage.c_str()) != 0)
-        job.error = BurnErrorCode(32, job.outputImage.c_str());
-    if (job.error.code != 0) {
-        discard();
-        progress.SetError(job.error.Describe().c_str());
-        return PROCESS_FAILED;
-    }
+    if (progress.IsToStop()) return PROCESS_STOPPED;
+    job.error = builder.BurnCompilation(progress, out.GetFd(), job.outputImage);
+    if (job.error.code == 0) job.error = out.Commit(job.outputImage, replace);
+    if (job.error.code != 0) return Fail(progress, job, job.error);
     return PROCESS_DONE;
 }

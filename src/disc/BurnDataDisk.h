@@ -25,6 +25,9 @@ struct LBurnDataDisk {
 
 // Writes the image: done when the error code is 0, stopped when a stop came before the writing
 // began, failed otherwise (the text is given to SetError). The image is written beside its
-// destination and put in its place only when complete, so a stop or a failure leaves no partial
-// image and an earlier file of that name as it was.
+// destination, synced to the disk and put in its place only when complete, so a stop or a
+// failure leaves no partial image and an earlier file of that name as it was. A file at the
+// destination is replaced only when it is a disc image (".iso" or ".img"); anything else is
+// refused (error 5). A failed write names the file and the system's reason; a full disk gives
+// error 37.
 LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job);

@@ -1,5 +1,9 @@
 #include "disc/Compilation.h"
 
+#include "platform/Log.h"
+
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -44,12 +48,12 @@ bool LAbstractFileSystem::AddTree(const std::string& path, LAbstractBurnFile& pa
                                   std::string& error) {
     struct stat info {};
     if (stat(path.c_str(), &info) != 0) {
-        error = "\"" + path + "\" does not exist";
+        error = "\"" + path + "\" " + (errno == ENOENT ? "does not exist" : std::strerror(errno));
         return false;
     }
     if (S_ISREG(info.st_mode)) {
         if (access(path.c_str(), R_OK) != 0) {
-            error = "\"" + path + "\" cannot be read";
+            error = "\"" + path + "\" cannot be read: " + std::strerror(errno);
             return false;
         }
         auto file = std::make_unique<LAbstractBurnFile>(path, false, info.st_size, info.st_mtime);
@@ -60,13 +64,19 @@ bool LAbstractFileSystem::AddTree(const std::string& path, LAbstractBurnFile& pa
         return true;
     }
     if (!S_ISDIR(info.st_mode)) {
+        // Inside a folder a pipe, socket or device is left out; named on its own it is refused.
+        // (A folder being filled has no parent yet: it is added whole when complete.)
+        if (!parent.parent && &parent != root_.get()) {
+            LOG("Not put on the disc: \"%s\" is neither a file nor a folder", path.c_str());
+            return true;
+        }
         error = "\"" + path + "\" is neither a file nor a folder";
         return false;
     }
     std::error_code failure;
     fs::directory_iterator entries(path, failure);
     if (failure) {
-        error = "\"" + path + "\" cannot be read";
+        error = "\"" + path + "\" cannot be read: " + failure.message();
         return false;
     }
     // The folder is filled first and added whole, so that its sizes reach the ancestors.

@@ -5,6 +5,8 @@
 #include "platform/File.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,6 +19,9 @@ constexpr uint32_t kUDFAnchor = 256;
 constexpr uint32_t kUDFDirectories = 257;
 constexpr size_t kBootBytes = 32768;
 constexpr size_t kChunk = 65536;
+// Files are copied in slices of this size, between which a stop request and the progress are
+// looked at.
+constexpr uint64_t kCopySliceBytes = 64ull << 20;
 // Image files are written in runs of 1 MiB; drives take runs of 16 or 32 sectors.
 constexpr size_t kImageRunSectors = 512;
 
@@ -43,6 +48,11 @@ bool TreeNeedsUnicode(const LAbstractBurnFile& folder) {
 }
 
 } // namespace
+
+BurnErrorCode LImageWriteError(const std::string& path, int error) {
+    const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
+    return BurnErrorCode(full ? 37 : 32, (path + ": " + std::strerror(error)).c_str());
+}
 
 LProjectFileSystems GetProjectFileSystems(int project) {
     switch (project) {
@@ -186,44 +196,31 @@ bool LHybridDataDisk::BuildFileSystems(std::time_t now) {
     return true;
 }
 
-BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, int fd) {
-    BurnErrorCode result;
+BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, int fd,
+                                               const std::string& outputPath) {
     WriteSectorCache cache(fd, kImageRunSectors);
-    const auto failed = [&result](BurnErrorCodeValue code, const std::string& detail = {}) {
-        result = BurnErrorCode(code, detail.c_str());
-        return result;
+    // A write that failed, or data that ran past the sectors laid out for it.
+    const auto writeFailed = [&cache, &outputPath] {
+        if (cache.Error() == 0)
+            return BurnErrorCode(5, (outputPath + ": the data ran past its sectors").c_str());
+        return LImageWriteError(outputPath, cache.Error());
     };
-    std::vector<uint8_t> chunk(kChunk);
-    if (!sourceImage_.empty()) {
-        LFile source(_OpenRead(sourceImage_.c_str(), 1000));
-        if (!source.IsOpen()) return failed(41, sourceImage_);
-        for (uint64_t done = 0; done < sourceBytes_;) {
-            if (progress.IsToStop()) return failed(1);
-            const ssize_t got = source.Read(chunk.data(), chunk.size());
-            if (got <= 0) break;
-            if (!cache.WriteDataToCache(chunk.data(), static_cast<size_t>(got))) return failed(32, "image file");
-            done += static_cast<uint64_t>(got);
-            progress.SetProgress(static_cast<double>(done) / std::max<uint64_t>(sourceBytes_, 1));
-        }
-        if (!cache.FlushSectorCache() || !cache.WriteZeroSectors(SectorCount() - cache.NextSector()))
-            return failed(32, "image file");
-        return result;
-    }
+    if (!sourceImage_.empty()) return CopySourceImage(progress, cache, writeFailed);
 
     progress.SetProgress(0.05);
     progress.SetStatus(systems_.udf ? "Writing UDF System Information" : "Writing Lead-in/Lead-out", 1);
     if (!cache.WriteDataToCache(system_.Data(), system_.Size()) || !cache.FlushSectorCache() ||
         !cache.WriteDataToCache(directories_.Data(), directories_.Size()) || !cache.FlushSectorCache())
-        return failed(32, "image file");
+        return writeFailed();
     progress.SetProgress(0.1);
 
+    BurnErrorCode result;
     bool stopped = false;
-    bool writeFailed = false;
+    bool failed = false;
     const double perSector = 0.9 / SectorCount();
-    double fraction = 0.1;
     if (systems_.iso || systems_.udf)
         compilation_.ForEachItem([&](LAbstractBurnFile& item) {
-            if (item.folder || stopped || writeFailed) return;
+            if (item.folder || stopped || failed) return;
             if (progress.IsToStop()) {
                 stopped = true;
                 return;
@@ -231,28 +228,62 @@ BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, int 
             progress.SetStatus(item.name.c_str(), 1);
             const uint64_t sectors = std::max<uint64_t>(1, (item.size + kSectorSize - 1) / kSectorSize);
             LFile file(_OpenRead(item.sourcePath.c_str(), 0));
-            int64_t done = 0;
-            if (file.IsOpen()) done = cache.CopyFromFile(file.GetFd(), item.size);
-            if (done < 0) {
-                writeFailed = true;
-                return;
+            // Large files go in slices, with a look at the stop request and the progress
+            // after each.
+            uint64_t done = 0;
+            while (file.IsOpen() && done < item.size) {
+                const uint64_t want = std::min(kCopySliceBytes, item.size - done);
+                const int64_t copied = cache.CopyFromFile(file.GetFd(), done, want);
+                if (copied < 0) {
+                    failed = true;
+                    return;
+                }
+                done += static_cast<uint64_t>(copied);
+                progress.SetProgress(
+                    0.1 +
+                    static_cast<double>(item.sector - fileStart_ + done / kSectorSize) * perSector);
+                if (static_cast<uint64_t>(copied) < want) break;
+                if (done < item.size && progress.IsToStop()) {
+                    stopped = true;
+                    return;
+                }
             }
-            if (!file.IsOpen() || static_cast<uint64_t>(done) < item.size)
+            if (!file.IsOpen() || done < item.size)
                 result.AddInformation(41, item.sourcePath.c_str());
             // A file that shrank or could not be read keeps its sectors, as zeros.
-            if (!cache.FlushSectorCache() ||
-                !cache.WriteZeroSectors(item.sector + sectors - cache.NextSector())) {
-                writeFailed = true;
-                return;
-            }
-            fraction += sectors * perSector;
-            progress.SetProgress(fraction);
+            if (!cache.PadToSector(item.sector + sectors)) failed = true;
         });
-    if (stopped) return failed(1);
-    if (writeFailed) return failed(32, "image file");
-    if (!cache.WriteZeroSectors(closingSector_ - cache.NextSector()) ||
+    if (stopped) return BurnErrorCode(1);
+    if (failed) return writeFailed();
+    if (!cache.PadToSector(closingSector_) ||
         !cache.WriteDataToCache(closing_.Data(), closing_.Size()) || !cache.FlushSectorCache())
-        return failed(32, "image file");
+        return writeFailed();
     if (!result.Chain().empty() && result.code == 0) result.code = result.Chain().front().code;
     return result;
+}
+
+BurnErrorCode LHybridDataDisk::CopySourceImage(LProcessInterface& progress, WriteSectorCache& cache,
+                                               const std::function<BurnErrorCode()>& writeFailed) {
+    const auto sourceFailed = [this](const std::string& reason) {
+        return BurnErrorCode(5, (sourceImage_ + ": " + reason).c_str());
+    };
+    LFile source(_OpenRead(sourceImage_.c_str(), 1000));
+    if (!source.IsOpen()) return sourceFailed(std::strerror(errno));
+    std::vector<uint8_t> chunk(kChunk);
+    for (uint64_t done = 0; done < sourceBytes_;) {
+        if (progress.IsToStop()) return BurnErrorCode(1);
+        const size_t want =
+            static_cast<size_t>(std::min<uint64_t>(chunk.size(), sourceBytes_ - done));
+        const ssize_t got = source.Read(chunk.data(), want);
+        if (got < 0) return sourceFailed(std::strerror(errno));
+        if (got == 0) return sourceFailed("the file became shorter while it was copied");
+        if (!cache.WriteDataToCache(chunk.data(), static_cast<size_t>(got))) return writeFailed();
+        done += static_cast<uint64_t>(got);
+        progress.SetProgress(static_cast<double>(done) / static_cast<double>(sourceBytes_));
+    }
+    struct stat info {};
+    if (fstat(source.GetFd(), &info) != 0 || static_cast<uint64_t>(info.st_size) != sourceBytes_)
+        return sourceFailed("the file changed size while it was copied");
+    if (!cache.PadToSector(SectorCount())) return writeFailed();
+    return {};
 }

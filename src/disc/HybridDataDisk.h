@@ -10,6 +10,7 @@
 #include "jobs/Thread.h"
 
 #include <ctime>
+#include <functional>
 #include <string>
 
 // Which file systems a project gets.
@@ -19,6 +20,13 @@ struct LProjectFileSystems {
     bool udf = false;
 };
 LProjectFileSystems GetProjectFileSystems(int project);
+
+// A failed write of the image file at `path` with the system's error number: error 37 (not
+// enough free space) for a full disk or a file size limit, else 32, with the path and the
+// system's reason as the detail.
+BurnErrorCode LImageWriteError(const std::string& path, int error);
+
+class WriteSectorCache;
 
 // Lays out a data disc image of a compilation on its own thread: the system area (boot image,
 // volume descriptors, UDF sequences, path tables), the directory areas of the ISO 9660, Joliet
@@ -46,10 +54,13 @@ public:
     uint32_t SectorCount() const { return lastSector_ + 1; }
     const LProjectFileSystems& FileSystems() const { return systems_; }
 
-    // Writes the whole image into the open file `fd`; the error of the write (1 when stopped,
-    // 41 with the path of each source file that could not be read, its sectors written as
-    // zeros). The build must have ended without error.
-    BurnErrorCode BurnCompilation(LProcessInterface& progress, int fd);
+    // Writes the whole image into the open file `fd` (named `outputPath` in messages); the
+    // error of the write: 1 when stopped; 41 with the path of each source file that could not
+    // be read, its sectors written as zeros; 37 or 32 for a failed write (LImageWriteError);
+    // 5 for a source image that could not be read or changed size. The build must have ended
+    // without error.
+    BurnErrorCode BurnCompilation(LProcessInterface& progress, int fd,
+                                  const std::string& outputPath);
 
 protected:
     void ThreadFunction() override;
@@ -57,6 +68,8 @@ protected:
 private:
     bool Fail(BurnErrorCodeValue code, const std::string& detail);
     bool BuildFileSystems(std::time_t now);
+    BurnErrorCode CopySourceImage(LProcessInterface& progress, WriteSectorCache& cache,
+                                  const std::function<BurnErrorCode()>& writeFailed);
 
     LAbstractFileSystem& compilation_;
     int project_;

@@ -59,6 +59,14 @@ void StoreRecordDate(uint8_t* out, std::time_t date) {
     out[6] = 0;
 }
 
+// The folders of a tree, the top one included.
+size_t CountFolders(const LAbstractBurnFile& folder) {
+    size_t count = 1;
+    for (const auto& [name, child] : folder.children)
+        if (child->folder) count += CountFolders(*child);
+    return count;
+}
+
 } // namespace
 
 void LISOStoreLSBMSBValue32(uint8_t* out, uint32_t value) {
@@ -74,6 +82,12 @@ void LISOStoreLSBMSBValue16(uint8_t* out, uint16_t value) {
 LISOJolietFileSystem::LISOJolietFileSystem(bool joliet) : joliet_(joliet) {}
 
 bool LISOJolietFileSystem::LoadFileSystem(const LAbstractFileSystem& compilation, std::string& error) {
+    // The path table numbers the folders with 16 bits.
+    if (const size_t folders = CountFolders(compilation.Root()); folders > kMaxFolders) {
+        error = "the disc would hold " + std::to_string(folders) +
+                " folders, more than the 65535 that ISO 9660 can number";
+        return false;
+    }
     label_ = compilation.VolumeLabel();
     root_ = std::make_unique<LISOJolietDataFile>();
     root_->folder = true;
@@ -137,7 +151,7 @@ uint32_t LISOJolietFileSystem::BuildSystemArea() {
     MeasureAll(*root_);
     // Path table order: the root, then each depth's folders by their parents' order.
     pathOrder_ = {root_.get()};
-    for (size_t at = 0; at < pathOrder_.size() && pathOrder_.size() <= kMaxFolders; ++at)
+    for (size_t at = 0; at < pathOrder_.size(); ++at)
         for (auto& [name, child] : pathOrder_[at]->children)
             if (child->folder) pathOrder_.push_back(child.get());
     pathTableSize_ = 0;

@@ -189,15 +189,49 @@ void LUDFFileSystem::LoadFileSystem(const LAbstractFileSystem& compilation) {
     root_ = &compilation.Root();
 }
 
-size_t LUDFFileSystem::IdentifierLength(const LAbstractBurnFile* item) const {
-    const size_t nameBytes = item ? Compressed(item->name).size() : 0;
-    return (38 + nameBytes + 3) / 4 * 4;
+size_t LUDFFileSystem::IdentifierLength(const std::string& identifier) {
+    return (38 + identifier.size() + 3) / 4 * 4;
+}
+
+size_t LUDFFileSystem::CompressedSize(const std::string& utf8) const {
+    return 1 + LCopyToBigEndianUnicode(utf8).size() / 2 * (unicode_ ? 2 : 1);
+}
+
+std::string LUDFFileSystem::Unclashed(const std::string& name,
+                                      const std::unordered_set<std::string>& taken) const {
+    std::string base;
+    std::string extension;
+    SplitFileName(name, base, extension);
+    // An extension that leaves no room for a number is taken as part of the base.
+    if (CompressedSize(extension) + 8 > kMaxIdentifierBytes) {
+        base = name;
+        extension.clear();
+    }
+    for (int number = 2;; ++number) {
+        const std::string suffix = std::to_string(number);
+        std::string cut = base;
+        while (!cut.empty() && CompressedSize(cut + suffix + extension) > kMaxIdentifierBytes)
+            cut = CutUTF8(cut, cut.size() - 1);
+        std::string identifier = Compressed(cut + suffix + extension);
+        if (!taken.count(identifier)) return identifier;
+    }
 }
 
 void LUDFFileSystem::Collect(const LAbstractBurnFile& folder) {
+    // Names are cut to what an identifier holds; a cut name that another item of the folder
+    // has already gets a number, as the compilation renames clashes.
+    std::unordered_set<std::string> taken;
+    std::vector<std::string> identifiers;
+    for (const auto& [name, child] : folder.children) {
+        std::string identifier = Compressed(child->name);
+        if (taken.count(identifier)) identifier = Unclashed(child->name, taken);
+        taken.insert(identifier);
+        identifiers.push_back(std::move(identifier));
+    }
+    auto identifier = identifiers.begin();
     for (const auto& [name, child] : folder.children) {
         index_[child.get()] = nodes_.size();
-        nodes_.push_back({child.get()});
+        nodes_.push_back({child.get(), std::move(*identifier++)});
         if (child->folder) Collect(*child);
     }
 }
@@ -221,9 +255,10 @@ uint32_t LUDFFileSystem::GetFSSize() {
             continue;
         }
         ++folders_;
-        node.directoryBytes = static_cast<uint32_t>(IdentifierLength(nullptr));
+        node.directoryBytes = static_cast<uint32_t>(IdentifierLength({}));
         for (const auto& [name, child] : node.item->children)
-            node.directoryBytes += static_cast<uint32_t>(IdentifierLength(child.get()));
+            node.directoryBytes +=
+                static_cast<uint32_t>(IdentifierLength(NodeOf(child.get()).identifier));
         node.directory = next;
         next += Sectors(node.directoryBytes);
     }
@@ -284,8 +319,9 @@ void LUDFFileSystem::WriteFileEntry(LBufferVector& area, size_t offset, const No
 void LUDFFileSystem::WriteDirectory(LBufferVector& area, size_t offset, const Node& node) const {
     std::vector<uint8_t> stream(node.directoryBytes, 0);
     size_t at = 0;
-    const auto add = [&](const LAbstractBurnFile* child, const Node& target, uint8_t characteristics) {
-        const std::string name = child ? Compressed(child->name) : std::string();
+    const auto add = [&](const LAbstractBurnFile* child, const Node& target,
+                         uint8_t characteristics) {
+        const std::string name = child ? NodeOf(child).identifier : std::string();
         uint8_t* d = &stream[at];
         Put16(d + 16, 1);
         d[18] = characteristics;
@@ -293,7 +329,7 @@ void LUDFFileSystem::WriteDirectory(LBufferVector& area, size_t offset, const No
         LongAd(d + 20, kSectorSize, target.entry);
         std::memcpy(d + 38, name.data(), name.size());
         // The CRC covers the padding as well.
-        const size_t length = IdentifierLength(child);
+        const size_t length = IdentifierLength(name);
         FinishTag(d, TAG_FILE_IDENTIFIER, node.directory + static_cast<uint32_t>(at / kSectorSize),
                   length);
         at += length;

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 // The UDF 1.02 structures of a data disc: the volume recognition sequence, the main and reserve
@@ -41,6 +42,7 @@ public:
 private:
     struct Node {
         const LAbstractBurnFile* item;
+        std::string identifier; // the name as stored in its folder's identifier descriptor
         uint32_t entry = 0;     // the file entry's partition sector
         uint32_t directory = 0; // a folder's identifier descriptors' first partition sector
         uint32_t directoryBytes = 0;
@@ -48,8 +50,15 @@ private:
     };
 
     void Collect(const LAbstractBurnFile& folder);
-    size_t IdentifierLength(const LAbstractBurnFile* item) const;
+    // The bytes of a file identifier descriptor holding `identifier`, padded to 4.
+    static size_t IdentifierLength(const std::string& identifier);
+    // A name compressed, cut to what an identifier holds.
     std::string Compressed(const std::string& utf8) const;
+    // The size of the name compressed without a cut.
+    size_t CompressedSize(const std::string& utf8) const;
+    // The first identifier "base" + number + extension, from 2 on, that `taken` lacks.
+    std::string Unclashed(const std::string& name,
+                          const std::unordered_set<std::string>& taken) const;
     void WriteFileEntry(LBufferVector& area, size_t offset, const Node& node, uint32_t partitionStart,
                         std::time_t now) const;
     void WriteDirectory(LBufferVector& area, size_t offset, const Node& node) const;

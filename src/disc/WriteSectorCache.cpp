@@ -15,7 +15,10 @@ bool WriteSectorCache::WriteAll(const uint8_t* data, size_t size) {
     while (size > 0) {
         const ssize_t written = ::write(fd_, data, size);
         if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
+        if (written <= 0) {
+            error_ = written < 0 ? errno : ENOSPC;
+            return false;
+        }
         data += written;
         size -= static_cast<size_t>(written);
     }
@@ -44,13 +47,13 @@ bool WriteSectorCache::WriteDataToCache(const void* data, size_t size) {
     return true;
 }
 
-int64_t WriteSectorCache::CopyFromFile(int fd, uint64_t size) {
+int64_t WriteSectorCache::CopyFromFile(int fd, uint64_t offset, uint64_t size) {
     if (!FlushSectorCache()) return -1;
     uint64_t done = 0;
     bool kernel = true;
     while (done < size) {
         if (kernel) {
-            loff_t from = static_cast<loff_t>(done);
+            loff_t from = static_cast<loff_t>(offset + done);
             const ssize_t copied = copy_file_range(fd, &from, fd_, nullptr, size - done, 0);
             if (copied > 0) {
                 done += static_cast<uint64_t>(copied);
@@ -58,25 +61,26 @@ int64_t WriteSectorCache::CopyFromFile(int fd, uint64_t size) {
             }
             if (copied == 0) break;
             if (errno == EINTR) continue;
-            // Not possible between these files: copy through the buffer from here on.
+            // A full disk is the target's failure; anything else means the kernel cannot copy
+            // between these files, so the buffer copies from here on.
+            if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG) {
+                error_ = errno;
+                return -1;
+            }
             kernel = false;
-            if (lseek(fd, static_cast<off_t>(done), SEEK_SET) < 0) break;
         }
         const size_t want = static_cast<size_t>(std::min<uint64_t>(buffer_.size(), size - done));
-        const ssize_t got = ::read(fd, buffer_.data(), want);
+        const ssize_t got = ::pread(fd, buffer_.data(), want, static_cast<off_t>(offset + done));
         if (got < 0 && errno == EINTR) continue;
         if (got <= 0) break;
         if (!WriteAll(buffer_.data(), static_cast<size_t>(got))) return -1;
         done += static_cast<uint64_t>(got);
     }
     nextSector_ += done / kSectorSize;
-    // The last partial sector: its zeros go through the buffer.
-    fill_ = done % kSectorSize;
-    if (fill_) {
-        // The partial sector's bytes are already in the file; write only its padding.
-        const size_t pad = kSectorSize - fill_;
+    // The last part sector: its bytes are in the file already; only its padding is written.
+    if (const size_t part = done % kSectorSize; part != 0) {
+        const size_t pad = kSectorSize - part;
         std::memset(buffer_.data(), 0, pad);
-        fill_ = 0;
         if (!WriteAll(buffer_.data(), pad)) return -1;
         ++nextSector_;
     }
@@ -94,6 +98,12 @@ bool WriteSectorCache::WriteZeroSectors(uint64_t sectors) {
         left -= now;
     }
     return true;
+}
+
+bool WriteSectorCache::PadToSector(uint64_t sector) {
+    if (!FlushSectorCache()) return false;
+    if (nextSector_ > sector) return false;
+    return WriteZeroSectors(sector - nextSector_);
 }
 
 bool WriteSectorCache::FlushSectorCache() {

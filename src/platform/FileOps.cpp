@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -78,6 +79,20 @@ bool MoveFile(const char* from, const char* to) {
     // Across file systems: the copy is on the disk before the source goes.
     struct stat info;
     if (stat(from, &info) != 0 || !CopyWhole(from, to, info.st_mode & 0777, true)) return false;
+    return unlink(from) == 0;
+}
+
+bool RenameNoReplace(const char* from, const char* to) {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
+    if (errno == EEXIST) {
+        // The "existing" file is the source itself under another case: a plain rename is safe.
+        if (std::strcmp(from, to) != 0 && strcasecmp(from, to) == 0 && SameFile(from, to))
+            return std::rename(from, to) == 0;
+        return false;
+    }
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    // A file system without the flag: a new link fails rather than replace.
+    if (link(from, to) != 0) return false;
     return unlink(from) == 0;
 }
 

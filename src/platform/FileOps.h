@@ -23,6 +23,10 @@ bool CopyFile(const char* from, const char* to);
 // Renames a file, replacing an existing target. Across file systems the file is copied whole,
 // synced to the disk, and only then is the source removed.
 bool MoveFile(const char* from, const char* to);
+// Renames a file only when nothing has the new name: false with errno EEXIST when something
+// does (it is never replaced). A change of case only is a rename, also on a file system that
+// ignores case.
+bool RenameNoReplace(const char* from, const char* to);
 // Flushes a written file to the disk; false when it cannot be opened or synced.
 bool SyncFile(const char* path);
 // Whether a file can be created in the folder (tries with a file "__wt" and removes it).

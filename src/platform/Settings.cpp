@@ -137,6 +137,14 @@ template <> int LUserSettingGet<int>(const char* section, const char* key, int d
     return static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX));
 }
 
+template <>
+int64_t LUserSettingGet<int64_t>(const char* section, const char* key, int64_t defaultValue) {
+    char value[kSettingValueSize];
+    _LUserSettingGetString(section, key, "", value);
+    if (!value[0]) return defaultValue;
+    return std::strtoll(value, nullptr, 10);
+}
+
 template <> bool LUserSettingGet<bool>(const char* section, const char* key, bool defaultValue) {
     char value[kSettingValueSize];
     _LUserSettingGetString(section, key, "", value);
@@ -145,6 +153,10 @@ template <> bool LUserSettingGet<bool>(const char* section, const char* key, boo
 }
 
 template <> bool LUserSettingSet<int>(const char* section, const char* key, int value) {
+    return LUserSettingSetString(section, key, std::to_string(value).c_str());
+}
+
+template <> bool LUserSettingSet<int64_t>(const char* section, const char* key, int64_t value) {
     return LUserSettingSetString(section, key, std::to_string(value).c_str());
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,14 +37,18 @@ bool LUserSettingSetString(const char* section, const char* key, const char* val
 // Removes the setting, so that the getters return their defaults again.
 bool LUserSettingDeleteItem(const char* section, const char* key);
 
-// Typed settings, stored as decimal text: int as "%d" (read: the leading decimal number, so
-// "12abc" is 12 and "abc" is 0), bool as "1" or "0" (read: "0" is false, any other text true).
+// Typed settings, stored as decimal text: int and int64_t as decimal numbers (read: the leading
+// decimal number, so "12abc" is 12 and "abc" is 0), bool as "1" or "0" (read: "0" is false, any
+// other text true).
 template <typename T> T LUserSettingGet(const char* section, const char* key, T defaultValue);
 template <typename T> bool LUserSettingSet(const char* section, const char* key, T value);
 
 template <> int LUserSettingGet<int>(const char* section, const char* key, int defaultValue);
+template <>
+int64_t LUserSettingGet<int64_t>(const char* section, const char* key, int64_t defaultValue);
 template <> bool LUserSettingGet<bool>(const char* section, const char* key, bool defaultValue);
 template <> bool LUserSettingSet<int>(const char* section, const char* key, int value);
+template <> bool LUserSettingSet<int64_t>(const char* section, const char* key, int64_t value);
 template <> bool LUserSettingSet<bool>(const char* section, const char* key, bool value);
 
 // Every stored setting of the current user, as section, key and value, sorted by section and

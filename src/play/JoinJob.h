@@ -15,8 +15,11 @@ struct LJoinFiles {
     std::string output;
 };
 
-// Joins the files; a stop ends the job as failed and leaves the partial file. An MP3 result
-// is encoded from an intermediate wave file, which is removed once the MP3 file is written.
+// Joins the files. The joined audio is written into a hidden temporary wave file (encoded from
+// there into a hidden temporary MP3 file when the first input is MP3) and the result takes the
+// first free name, "name1_name2_JOINED.wav", else "name1_name2_JOINED (01).wav"..., so no file
+// that exists is ever replaced. A stop ends the job as failed; a stop or a failure leaves none
+// of its files. When the MP3 encoding fails the joined wave file is kept as the result.
 LProcessResult Process(LProcessInterface& progress, LJoinFiles& job);
 
 // "name1_name2_JOINED": each input's file name without extension, cut to 40 characters.

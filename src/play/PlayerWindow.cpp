@@ -1,7 +1,6 @@
 #include "play/PlayerWindow.h"
 
-#include "codecs/MP3Source.h"
-#include "codecs/WaveFile.h"
+#include "codecs/AudioFileTypes.h"
 #include "jobs/UserInteraction.h"
 #include "platform/ProgramInfo.h"
 #include "platform/Settings.h"
@@ -40,10 +39,8 @@ LVinoraPlayerInfo::LVinoraPlayerInfo(std::string filePath)
     : displayName(std::filesystem::path(filePath).filename().string()), path(std::move(filePath)) {}
 
 LSoundSource LVinoraPlayerInfo::OpenSource() const {
-    const std::string extension = std::filesystem::path(path).extension().string();
-    if (extension == ".mp3") return LSoundSource(new LMP3Source(path.c_str()));
-    if (extension == ".wav") return LWaveFile::OpenSource(path.c_str());
-    return LSoundSource();
+    const LAudioFileType* type = LFindAudioFileType(path.c_str(), LNameMatch::exact);
+    return type ? type->openSource(path.c_str()) : LSoundSource();
 }
 
 LPlayerBaseDlg::LPlayerBaseDlg(LVinoraPlayerInfo& info, LPlayerOutput& output, LPlayerView& view)

@@ -1,8 +1,5 @@
 #include "play/SplitJob.h"
 
-#include "codecs/Mp3EncodeSettings.h"
-#include "codecs/Mp3EncodeSink.h"
-#include "codecs/WaveFile.h"
 #include "platform/Log.h"
 #include "play/WaveOrMp3Source.h"
 #include "restore/Normalize.h"
@@ -10,34 +7,36 @@
 #include "sound/PeakLimit.h"
 #include "tags/AudioTagData.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
-#include <system_error>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr int kBlockFrames = 8192;
-
-bool Exists(const std::string& path) {
-    std::error_code error;
-    return fs::exists(path, error);
-}
+constexpr const char* kCannotCreate = "ERROR: Output files could not be created";
 
 LSoundSource OpenSplitSource(const std::string& path) {
     LSoundSource source = OpenWaveOrMp3Source(path);
-    if (IsWaveFileName(path)) return source;
-    // Decoded MP3 may overshoot full scale; the encoder takes 16-bit audio.
-    return LSPPeakLimit(kNormalizeFullScale).OpenSource(source);
+    // Decoded MP3 may overshoot full scale; the pieces take 16-bit audio.
+    if (source->GetMaxAmplitude() > kNormalizeFullScale)
+        return LSPPeakLimit(kNormalizeFullScale).OpenSource(source);
+    return source;
 }
 
-LSoundSink OpenPiece(const std::string& piece, bool wave, const LSoundSource& source) {
+// A piece in the source's format: 16-bit PCM at the source's rate and channels for a wave file,
+// the encoder settings of the preferences for an MP3 file.
+LSoundSink OpenPiece(const LAudioFileType& type, const std::string& path,
+                     const LSoundSource& source) {
     const int rate = source->GetSampleRate();
     const unsigned char channels = source->GetChannels();
-    if (wave) return LWaveFile::OpenSinkPCM(piece.c_str(), rate, channels, 16, 0);
-    LSoundSink sink = OpenMp3Sink(piece.c_str(), LMp3EncodeSettings(), rate, channels);
+    LSoundSink sink = type.openSink(path.c_str(), rate, channels, false);
     if (!sink->IsFailed()) LSinkConvertRateChannels(rate, channels, sink);
     return sink;
 }
@@ -56,83 +55,138 @@ void TagPiece(const LAudioTagData& tags, const std::string& source, const std::s
         LOGWARN("Tag write FAILED: could not write tag to file %s", piece.c_str());
 }
 
-void RemovePieces(const std::vector<std::string>& pieces) {
-    for (const std::string& piece : pieces) {
-        std::error_code error;
-        if (!fs::remove(piece, error) && error)
-            LOGWARN("Could not delete file %s", piece.c_str());
+void RemoveFile(const std::string& path) {
+    if (!path.empty() && unlink(path.c_str()) != 0 && errno != ENOENT)
+        LOGWARN("Could not delete file %s", path.c_str());
+}
+
+// The split's state: the pieces written and the one being written, all removed unless the
+// split ends as done.
+class PieceFiles {
+public:
+    explicit PieceFiles(std::vector<std::string>& pieces) : pieces_(pieces) {}
+    ~PieceFiles() {
+        RemoveFile(writing_);
+        if (keep_) return;
+        for (const std::string& piece : pieces_)
+            RemoveFile(piece);
+        pieces_.clear();
     }
+    PieceFiles(const PieceFiles&) = delete;
+    PieceFiles& operator=(const PieceFiles&) = delete;
+
+    // A new hidden file beside the piece's name; "" when none can be made.
+    const std::string& Start(const std::string& name) {
+        return writing_ = MakeHiddenTemporary(name);
+    }
+    // Gives the written file its first free piece name; false when it cannot.
+    bool Commit(const std::string& source, int index) {
+        const std::string piece = CommitToFreeName(
+            writing_, [&](int counter) { return SplitPieceName(source, index, counter); });
+        if (piece.empty()) {
+            LOGERROR("The piece %s could not be named: %s", writing_.c_str(), std::strerror(errno));
+            return false;
+        }
+        writing_.clear();
+        pieces_.push_back(piece);
+        return true;
+    }
+    LProcessResult Keep(LProcessResult result) {
+        keep_ = true;
+        return result;
+    }
+
+private:
+    std::vector<std::string>& pieces_;
+    std::string writing_;
+    bool keep_ = false;
+};
+
+// Copies frames [start, start + length) of the source into the sink. PROCESS_DONE with `frames`
+// the frames copied (fewer when the file ended early), or PROCESS_STOPPED.
+LProcessResult CopyPiece(LProcessInterface& progress, LSoundSource& source, LSoundSink& sink,
+                         int start, int length, std::vector<int>& buffer, int& copied) {
+    source->Seek(start);
+    copied = 0;
+    for (int remaining = length; remaining > 0;) {
+        if (progress.IsToStop()) return PROCESS_STOPPED;
+        progress.SetProgress(static_cast<double>(length - remaining) / length);
+        const int frames = std::min(remaining, kBlockFrames);
+        const int got = ReadFileFrames(*source, buffer.data(), frames);
+        sink->Write(buffer.data(), got);
+        copied += got;
+        if (got < frames) break;
+        remaining -= frames;
+    }
+    return PROCESS_DONE;
 }
 
 } // namespace
 
-std::string SplitPieceName(const std::string& path, int index) {
+std::string SplitPieceName(const std::string& path, int index, int counter) {
     const fs::path source(path);
     const std::string stem = source.stem().string();
     const std::string extension = source.extension().string();
     char name[600];
-    std::snprintf(name, sizeof name, "%s_SPLIT_%02d%s", stem.c_str(), index, extension.c_str());
-    fs::path piece = source.parent_path() / name;
-    for (int counter = 1; Exists(piece.string()); ++counter) {
+    if (counter == 0)
+        std::snprintf(name, sizeof name, "%s_SPLIT_%02d%s", stem.c_str(), index, extension.c_str());
+    else
         std::snprintf(name, sizeof name, "%s (%02d)_SPLIT_%02d%s", stem.c_str(), counter, index,
                       extension.c_str());
-        piece = source.parent_path() / name;
-    }
-    return piece.string();
+    return (source.parent_path() / name).string();
 }
 
 LProcessResult Process(LProcessInterface& progress, LSplitFileProcessData& job) {
     progress.SetStatus("Splitting File", 0);
     progress.SetProgress(0.0);
     const std::string path = job.path;
-    const bool wave = IsWaveFileName(path);
+    const LAudioFileType* type = SplitJoinFileType(path);
     LSoundSource source = OpenSplitSource(path);
-    if (source->GetError() != sndErrNone) {
+    if (!type || source->GetError() != sndErrNone) {
         progress.SetError("ERROR: The file to split could not be read");
         return PROCESS_FAILED;
     }
     LAudioTagData tags;
     tags.ReadTags(path.c_str(), tagModeAll);
 
-    const int channels = source->GetChannels();
-    std::vector<int> buffer(static_cast<size_t>(kBlockFrames) * channels);
+    const int rate = source->GetSampleRate();
+    std::vector<int> buffer(static_cast<size_t>(kBlockFrames) * source->GetChannels());
+    PieceFiles files(job.pieces);
     const int count = static_cast<int>(job.positions.size());
     for (int i = 0; i <= count; ++i) {
         const int start = i == 0 ? 0 : job.positions[i - 1];
         const int end = i == count ? source->GetEndSample() : job.positions[i];
         const int length = end - start;
         if (length == 0) continue;
-        if (length < 0) return PROCESS_DONE;
+        if (length < 0) return files.Keep(PROCESS_DONE);
 
-        const std::string piece = SplitPieceName(path, i);
-        progress.SetStatus(piece.c_str(), 1);
-        LSoundSink sink = OpenPiece(piece, wave, source);
+        const std::string wanted = SplitPieceName(path, i, 0);
+        progress.SetStatus(wanted.c_str(), 1);
+        const std::string& writing = files.Start(wanted);
+        LSoundSink sink = writing.empty() ? LSoundSink() : OpenPiece(*type, writing, source);
         if (sink->IsFailed()) {
-            progress.SetError("ERROR: Output files could not be created");
+            progress.SetError(kCannotCreate);
             return PROCESS_FAILED;
         }
-        job.pieces.push_back(piece);
-        source->Seek(start);
-        for (int remaining = length; remaining > 0;) {
-            if (progress.IsToStop()) {
-                sink.Close();
-                RemovePieces(job.pieces);
-                job.pieces.clear();
-                return PROCESS_STOPPED;
-            }
-            progress.SetProgress(static_cast<double>(length - remaining) / length);
-            const int frames = std::min(remaining, kBlockFrames);
-            source->Read(buffer.data(), frames);
-            sink->Write(buffer.data(), frames);
-            remaining -= frames;
-        }
+        int copied = 0;
+        if (CopyPiece(progress, source, sink, start, length, buffer, copied) == PROCESS_STOPPED)
+            return PROCESS_STOPPED;
         const bool failed = sink->IsFailed();
         sink.Close();
-        if (failed || !Exists(piece)) {
-            progress.SetError("ERROR: Output files could not be created");
+        if (failed || !fs::exists(writing)) {
+            progress.SetError(kCannotCreate);
             return PROCESS_FAILED;
         }
-        TagPiece(tags, path, piece, i);
+        TagPiece(tags, path, writing, i);
+        if (!files.Commit(path, i)) {
+            progress.SetError(kCannotCreate);
+            return PROCESS_FAILED;
+        }
+        // The file ended early: this piece ends there, and so does the split.
+        if (copied < length) {
+            LogShortFile(path, start + copied, rate);
+            break;
+        }
     }
-    return PROCESS_DONE;
+    return files.Keep(PROCESS_DONE);
 }

@@ -15,10 +15,13 @@ struct LSplitFileProcessData {
     std::vector<std::string> pieces;
 };
 
-// Splits the file. A piece of length 0 is skipped (its index is used up); a position before the
-// one before it ends the split early, as done. A stop deletes every piece this job wrote.
+// Splits the file. Each piece is written under a hidden temporary name and takes the first free
+// piece name when complete, so no file that exists is ever replaced. A piece of length 0 is
+// skipped (its index is used up); a position before the one before it ends the split early, as
+// done; a file that ends before its header says ends its piece there (logged) and the split
+// with it. A stop or a failure deletes every piece this job wrote.
 LProcessResult Process(LProcessInterface& progress, LSplitFileProcessData& job);
 
-// The first free name for piece `index` of `path`: "song_SPLIT_00.wav", else
-// "song (01)_SPLIT_00.wav", "song (02)_SPLIT_00.wav"...
-std::string SplitPieceName(const std::string& path, int index);
+// The name of piece `index` of `path` with collision counter `counter`: "song_SPLIT_00.wav"
+// for counter 0, else "song (01)_SPLIT_00.wav", "song (02)_SPLIT_00.wav"...
+std::string SplitPieceName(const std::string& path, int index, int counter);

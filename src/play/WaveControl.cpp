@@ -1,5 +1,6 @@
 #include "play/WaveControl.h"
 
+#include "play/WaveOrMp3Source.h"
 #include "sound/AudioBuffer.h"
 
 #include <algorithm>
@@ -108,8 +109,9 @@ uint8_t LWaveControl::MeasureColumn(const View& view, int column) {
     int peak = 0;
     for (int at = start; at < stop;) {
         const int frames = std::min(stop - at, kBlockFrames);
-        source_->Read(block_.data(), frames);
-        peak = std::max(peak, GetBufferPeak(block_.data(), frames, source_->GetChannels()));
+        const int got = ReadFileFrames(*source_, block_.data(), frames);
+        peak = std::max(peak, GetBufferPeak(block_.data(), got, source_->GetChannels()));
+        if (got < frames) break; // the file ended before its header said
         at += frames;
     }
     return ColumnValue(peak);

@@ -28,14 +28,14 @@ int64_t LRecordingBytes(LSoundTime time) {
 
 int64_t GetTotalSizeBytes(LSoundTime time) {
     const int64_t current = LRecordingBytes(time);
-    LUserSettingSet<int>(kSection, "CurrentSize", static_cast<int>(current));
-    return LUserSettingGet<int>(kSection, "TotalSize", 0) + current;
+    LUserSettingSet<int64_t>(kSection, "CurrentSize", current);
+    return LUserSettingGet<int64_t>(kSection, "TotalSize", 0) + current;
 }
 
 void UpdateTotalSizeBytes() {
-    LUserSettingSet<int>(kSection, "TotalSize",
-                         LUserSettingGet<int>(kSection, "TotalSize", 0) +
-                             LUserSettingGet<int>(kSection, "CurrentSize", 0));
+    LUserSettingSet<int64_t>(kSection, "TotalSize",
+                             LUserSettingGet<int64_t>(kSection, "TotalSize", 0) +
+                                 LUserSettingGet<int64_t>(kSection, "CurrentSize", 0));
 }
 
 std::string GetRemainingCDSpace(int outputFormat, LSoundTime time, bool addCurrent,

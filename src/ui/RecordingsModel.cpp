@@ -27,6 +27,8 @@ QVariant LRecordingsModel::data(const QModelIndex& index, int role) const {
     }
     if (role == Qt::TextAlignmentRole && index.column() > 0)
         return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
+    if (role == Qt::EditRole && index.column() == 0)
+        return QString::fromStdString(RenameEditText(row.name));
     if (role != Qt::DisplayRole && role != Qt::EditRole) return {};
     switch (index.column()) {
     case 0:

@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <utime.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -61,6 +62,20 @@ protected:
         for (const LRecordingRow& row : dialog.List().Rows())
             names.push_back(row.name);
         return names;
+    }
+
+    // The files of the output folder, sorted by name.
+    std::vector<std::string> Files() const {
+        std::vector<std::string> names;
+        for (const fs::directory_entry& entry : fs::directory_iterator(output))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    static std::string Bytes(const fs::path& path) {
+        std::ifstream in(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
     }
 
     // The texts of the message boxes and notices shown.
@@ -148,18 +163,53 @@ TEST_F(MainDialogTest, RemovesWithAndWithoutDeletingTheFiles) {
     }
 }
 
-TEST_F(MainDialogTest, RenamesWithACleanedName) {
+TEST_F(MainDialogTest, RenamesOnlyToAFreeNameAndKeepsTheExtension) {
     Tone(output / "take1.wav");
+    Tone(output / "other.wav", 2);
+    const std::string other = Bytes(output / "other.wav");
     dialog.RefreshFileList();
-    dialog.List().SelectOnly(0);
+    dialog.OnMainNotify(WM_NOTIFY_FILE, "take1.wav", 0);
+    dialog.List().SelectOnly(dialog.List().Find("take1.wav"));
     dialog.RunCommand(CM_RENAME_FILE);
-    EXPECT_EQ(view.renamed, 0);
-    dialog.OnRenameStarted(0);
-    dialog.OnRenameEnded(0, "a/b:c.d");
-    EXPECT_TRUE(fs::exists(output / "abcd.wav"));
-    dialog.OnRenameStarted(0);
-    dialog.OnRenameEnded(0, "?*");
-    EXPECT_EQ(Names(), std::vector<std::string>{"abcd.wav"});
+    EXPECT_EQ(view.renamed, dialog.List().Find("take1.wav"));
+    EXPECT_EQ(RenameEditText("take1.wav"), "take1");
+    EXPECT_EQ(RenameEditText("a.b.wav"), "a.b");
+
+    const auto rename = [this](const std::string& from, const std::string& text) {
+        const int row = dialog.List().Find(from);
+        dialog.OnRenameStarted(row);
+        dialog.OnRenameEnded(row, text);
+    };
+    // The editor's text committed as it came: nothing happens.
+    rename("take1.wav", RenameEditText("take1.wav"));
+    EXPECT_EQ(Files(), (std::vector<std::string>{"other.wav", "take1.wav"}));
+    EXPECT_TRUE(Texts().empty());
+
+    // Onto a file that exists: refused, both files as they were.
+    rename("take1.wav", "other");
+    EXPECT_EQ(Files(), (std::vector<std::string>{"other.wav", "take1.wav"}));
+    EXPECT_EQ(Bytes(output / "other.wav"), other);
+    EXPECT_EQ(Texts(), std::vector<std::string>{"A file named \"other.wav\" already exists in the "
+                                                "recordings folder. Please choose another name."});
+
+    // A change of case only is a rename; the status bar follows the file.
+    rename("take1.wav", "Take1");
+    EXPECT_EQ(Files(), (std::vector<std::string>{"Take1.wav", "other.wav"}));
+    EXPECT_EQ(dialog.StatusPane(0), "Take1.wav");
+    rename("Take1.wav", "a/b:c.d");
+    EXPECT_EQ(Files(), (std::vector<std::string>{"abcd.wav", "other.wav"}));
+    EXPECT_EQ(dialog.StatusPane(0), "abcd.wav");
+    rename("abcd.wav", "?*");
+    EXPECT_EQ(Files(), (std::vector<std::string>{"abcd.wav", "other.wav"}));
+    EXPECT_EQ(Bytes(output / "other.wav"), other);
+}
+
+TEST_F(MainDialogTest, TotalSizeBeyondTwoGigabytes) {
+    // A sparse file: the wave header and then nothing but a large size.
+    fs::resize_file(Tone(output / "a.wav"), 5'000'000'000);
+    dialog.RefreshFileList();
+    EXPECT_EQ(LUserSettingGetString("RecordingPage", "TotalSize"), "5000000000");
+    EXPECT_EQ(LUserSettingGet<int64_t>("RecordingPage", "TotalSize", 0), 5'000'000'000);
 }
 
 TEST_F(MainDialogTest, MovesOneSelectedRowWithinTheList) {
@@ -296,11 +346,14 @@ TEST_F(MainDialogTest, JoinsTwoOrThreeFilesAndSplitsIntoTheList) {
                            "You cannot select more than 3 files to join at the one time."});
     EXPECT_EQ(dialog.List().Count(), 4);
 
+    // The save-to-computer copy keeps a file of its name that is there already.
+    std::ofstream(elsewhere / "a_b_JOINED.wav") << "mine";
     dialog.List().SelectOnly(0);
     dialog.List().Select(1, true);
     dialog.RunCommand(CM_JOIN_FILES);
     EXPECT_TRUE(fs::exists(output / "a_b_JOINED.wav"));
-    EXPECT_TRUE(fs::exists(elsewhere / "a_b_JOINED.wav")); // the save-to-computer copy
+    EXPECT_EQ(Bytes(elsewhere / "a_b_JOINED.wav"), "mine");
+    EXPECT_TRUE(Bytes(elsewhere / "a_b_JOINED (01).wav") == Bytes(output / "a_b_JOINED.wav"));
     EXPECT_GE(dialog.List().Find("a_b_JOINED.wav"), 0);
 
     dialog.SplitFile((output / "c.wav").string(), {22050});

@@ -1,8 +1,10 @@
+#include "support/FolderContents.h"
 #include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 
 namespace fs = std::filesystem;
 
@@ -40,4 +42,43 @@ TEST(SplitJoinCli, SplitsAtTimesInEitherFormAndJoinsTheParts) {
         Cli(std::string(bad), &status);
         EXPECT_EQ(status, 2) << bad;
     }
+}
+
+TEST(SplitJoinCli, AFullDiskOrTakenNamesLeaveEveryEarlierFileAsItWas) {
+    TempHome home;
+    const fs::path work = home.Path() / "work";
+    fs::create_directories(work);
+    const fs::path song = work / "song.wav";
+    RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(song) + " synth 2 sine 440");
+    const fs::path tune = work / "tune.mp3";
+    RunCommand("lame --quiet " + ShellQuote(song) + " " + ShellQuote(tune));
+    // Files with the names the split and the joins would take first.
+    for (const char* name : {"song_SPLIT_00.wav", "song_SPLIT_01.wav", "song_tune_JOINED.wav",
+                             "tune_song_JOINED.mp3", "tune_song_JOINED.wav"})
+        std::ofstream(work / name) << "made by someone else";
+    const auto before = FolderContents(work);
+    const std::string folder = " --folder " + ShellQuote(work);
+
+    // 200 KB: the first piece (88 KB) fits, the second (176 KB) does not; no join fits.
+    for (const std::string& arguments :
+         {"split " + ShellQuote(song) + " --at 0.5",
+          "join " + ShellQuote(song) + " " + ShellQuote(tune) + folder,
+          "join " + ShellQuote(tune) + " " + ShellQuote(song) + folder}) {
+        int status = -1;
+        const std::string said = CliOnFullDisk(arguments, 200 * 1024, &status);
+        EXPECT_EQ(status, 2) << arguments << "\n" << said;
+        EXPECT_EQ(FolderContents(work), before) << arguments;
+    }
+
+    // With room, the outputs take the next free names beside the earlier files.
+    int status = -1;
+    EXPECT_EQ(Cli("split " + ShellQuote(song) + " --at 0.5", &status),
+              (work / "song (01)_SPLIT_00.wav\n").string() +
+                  (work / "song (01)_SPLIT_01.wav\n").string());
+    EXPECT_EQ(Cli("join " + ShellQuote(tune) + " " + ShellQuote(song) + folder, &status),
+              (work / "tune_song_JOINED (01).mp3\n").string());
+    auto after = FolderContents(work);
+    EXPECT_EQ(after.size(), before.size() + 3);
+    for (const auto& [name, bytes] : before)
+        EXPECT_EQ(after[name], bytes) << name;
 }

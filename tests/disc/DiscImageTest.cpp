@@ -8,8 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -206,6 +210,106 @@ TEST(DiscNamesTest, IsoAndJolietNames) {
     EXPECT_EQ(LJolietName("x." + std::string(70, 'e')), "x." + std::string(6, 'e'));
     // Never half a character.
     EXPECT_EQ(LJolietName(std::string(30, 'a') + std::string(20, 'a') + "\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9.flac").size(), 63u);
+}
+
+// Calls `change` once, at the first progress report: after the job has looked at its inputs.
+struct ChangingProgress : RecordingProgress {
+    std::function<void()> change;
+    void SetProgress(double fraction) override {
+        if (change) std::exchange(change, nullptr)();
+        RecordingProgress::SetProgress(fraction);
+    }
+};
+
+TEST_F(DiscImageTest, ASourceImageThatChangesOrAnOutputThatIsNoImageIsAnErrorNamingThePath) {
+    const fs::path source = File("source.iso", std::string(200000, 's'));
+    std::ofstream(image, std::ios::binary) << "an earlier image";
+    const struct {
+        const char* name;
+        std::function<void()> change;
+    } changes[] = {
+        {"grown", [&] { std::ofstream(source, std::ios::app) << std::string(100000, 'g'); }},
+        {"shrunk", [&] { fs::resize_file(source, 10000); }},
+    };
+    for (const auto& [name, change] : changes) {
+        LAbstractFileSystem compilation;
+        LBurnDataDisk job(compilation, image.string(), PROJECT_HYBRID_DISK);
+        job.sourceImage = source.string();
+        ChangingProgress progress;
+        progress.change = change;
+        EXPECT_EQ(Process(progress, job), PROCESS_FAILED) << name;
+        EXPECT_EQ(job.error.code, 5u) << name;
+        EXPECT_NE(job.error.Describe().find(source.string()), std::string::npos)
+            << job.error.Describe();
+        std::ifstream in(image, std::ios::binary);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "an earlier image") << name;
+    }
+
+    // A recording where the image was to go is not replaced.
+    const fs::path recording = home.Path() / "take.wav";
+    std::ofstream(recording) << "a recording";
+    image = recording;
+    File("song.wav");
+    EXPECT_EQ(Build(PROJECT_ISO_CD), PROCESS_FAILED);
+    EXPECT_EQ(error_.code, 5u);
+    EXPECT_EQ(std::string(bytes_.begin(), bytes_.end()), "a recording");
+}
+
+TEST_F(DiscImageTest, LargeFilesGoInSlicesThatLookForAStop) {
+    // 136 MiB without data: three slices.
+    const fs::path large = File("large.bin");
+    fs::resize_file(large, 136u << 20);
+
+    LAbstractFileSystem compilation;
+    std::string error;
+    ASSERT_TRUE(compilation.AddPath(large.string(), error));
+    LBurnDataDisk job(compilation, image.string(), PROJECT_ISO_CD);
+    ChangingProgress progress;
+    // Reports from within the file, each followed by a look at the stop request.
+    progress.change = [&progress] { progress.stopAfter = progress.stopQueries + 2; };
+    EXPECT_EQ(Process(progress, job), PROCESS_FAILED);
+    EXPECT_EQ(job.error.code, 1u);
+    const auto within = std::count_if(progress.progress.begin(), progress.progress.end(),
+                                      [](double value) { return value > 0.1 && value < 1; });
+    EXPECT_EQ(within, 1) << "stopped after the first slice";
+}
+
+TEST_F(DiscImageTest, FoldersPipesLinksAndLongNamesOnTheDisc) {
+    // A pipe inside a folder is left out; a link that loops says why it cannot be added.
+    File("tree/song.wav");
+    ASSERT_EQ(mkfifo((tree / "tree/pipe").c_str(), 0644), 0);
+    fs::create_symlink("loop", tree / "loop");
+    LAbstractFileSystem compilation;
+    std::string error;
+    EXPECT_TRUE(compilation.AddPath((tree / "tree").string(), error)) << error;
+    EXPECT_EQ(compilation.Root().children.at("tree")->children.size(), 1u);
+    EXPECT_FALSE(compilation.AddPath((tree / "tree/pipe").string(), error));
+    EXPECT_FALSE(compilation.AddPath((tree / "loop").string(), error));
+    EXPECT_NE(error.find("Too many levels of symbolic links"), std::string::npos) << error;
+
+    // More folders than the path table can number.
+    LAbstractFileSystem folders;
+    for (int i = 0; i < 65535; ++i)
+        folders.Root().AddSubFile(
+            std::make_unique<LAbstractBurnFile>("/f/" + std::to_string(i), true, 0, 0));
+    LBurnDataDisk job(folders, image.string(), PROJECT_ISO_CD);
+    RecordingProgress progress;
+    EXPECT_EQ(Process(progress, job), PROCESS_FAILED);
+    EXPECT_EQ(job.error.code, 6u);
+    EXPECT_FALSE(fs::exists(image));
+}
+
+TEST_F(DiscImageTest, UdfNamesCutToTheirLimitStayApart) {
+    // Unicode names are cut to 127 characters: these two agree that far.
+    const std::string start = "\xe2\x82\xac" + std::string(150, 'a');
+    File(start + "1.txt", "one");
+    File(start + "2.txt", "two");
+    ASSERT_EQ(Build(PROJECT_UDF_CD), PROCESS_DONE);
+    const std::string listing = RunCommand("7z l -slt " + ShellQuote(image) + " 2>&1");
+    const std::string cut = "\xe2\x82\xac" + std::string(126, 'a');
+    const std::string renamed = "\xe2\x82\xac" + std::string(121, 'a') + "2.txt";
+    EXPECT_NE(listing.find("Path = " + cut + "\n"), std::string::npos) << listing;
+    EXPECT_NE(listing.find("Path = " + renamed + "\n"), std::string::npos) << listing;
 }
 
 } // namespace

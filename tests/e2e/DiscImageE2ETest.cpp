@@ -1,5 +1,6 @@
 // Images made by vinora-cli mkiso, read back by tools nobody here wrote: isoinfo, 7z, udfinfo
 // and xorriso.
+#include "burn/BurnMediaTypes.h"
 #include "disc/ISONames.h"
 #include "support/TempHome.h"
 
@@ -114,10 +115,11 @@ TEST(DiscImageE2E, EachProjectHasItsTreesAndBadInputIsRefused) {
     Write(file, "audio");
     const fs::path image = home.Path() / "p.iso";
     for (int project = 2; project <= 18; ++project) {
+        if (project == PROJECT_UDF_DISK) continue; // not made into an image file
         int status = -1;
         Mkiso(ShellQuote(image) + " --project " + std::to_string(project) + " " + ShellQuote(file), &status);
         ASSERT_EQ(status, 0) << project;
-        const bool iso = project != 4 && project != 8 && project != 11 && project != 14 && project != 17;
+        const bool iso = project != 4 && project != 8 && project != 11 && project != 14;
         const bool joliet = iso && project != 3 && project != 7;
         const bool udf = project == 4 || project == 5 || project == 8 || project == 9 ||
                          (project >= 11 && project <= 15 && project != 13) || project == 18;

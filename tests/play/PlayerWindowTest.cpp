@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -263,6 +264,39 @@ TEST(WaveControlTest, ColumnsHoldEachColumnsPeakAndFollowTheView) {
     std::lock_guard hold(lock);
     ASSERT_GE(invalidated.size(), 2u);
     EXPECT_EQ(invalidated.front(), std::make_pair(0, 4));
+}
+
+// A file source that finds out on reading that its samples end before its header said: it
+// lowers its end then, and leaves in the buffer what an earlier read put there.
+class ShortFileSource : public LSoundSourceBase {
+public:
+    // Loud up to `loud`, silent up to `end`; the header says `told`.
+    ShortFileSource(int loud, int end, int told)
+        : LSoundSourceBase(44100, 1, 524272), loud_(loud), realEnd_(end), end_(told) {}
+    void Read(int* buffer, int frames) override {
+        for (int f = 0; f < frames; ++f, ++position_)
+            if (position_ < realEnd_) buffer[f] = position_ < loud_ ? 102400 : 0;
+        if (position_ > realEnd_) end_ = std::min(end_, realEnd_);
+    }
+    int GetPositionSample() const override { return position_; }
+    int GetEndSample() const override { return end_; }
+    void Seek(int frame) override { position_ = frame; }
+
+private:
+    int loud_;
+    int realEnd_;
+    int end_;
+    int position_ = 0;
+};
+
+TEST(WaveControlTest, AFileShorterThanItsHeaderShowsNothingPastItsEnd) {
+    LWaveControl wave;
+    wave.SetWidth(4);
+    wave.SetFrame(0, 40000);
+    // The first column is loud, the second quiet until the samples end halfway through it.
+    wave.SetSource(LSoundSource(new ShortFileSource(10000, 15000, 40000)));
+    EXPECT_EQ(WaitForColumns(wave, 100, 0), (std::vector<uint8_t>{100, 0, 0, 0}));
+    wave.StopScan();
 }
 
 } // namespace

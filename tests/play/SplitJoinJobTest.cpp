@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 
 namespace fs = std::filesystem;
 
@@ -56,6 +57,21 @@ protected:
     }
 
     static std::string Name(const std::string& path) { return fs::path(path).filename().string(); }
+
+    // Every file of the folder (hidden ones too) with its content.
+    static std::map<std::string, std::vector<uint8_t>> Contents(const fs::path& folder) {
+        std::map<std::string, std::vector<uint8_t>> files;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder))
+            if (entry.is_regular_file()) files[Name(entry.path())] = ReadFileBytes(entry.path());
+        return files;
+    }
+
+    // A wave file whose header says it holds `seconds` more than its samples.
+    fs::path Truncated(const std::string& name, double seconds, double missing) {
+        const fs::path path = Make(name, 44100, 2, seconds + missing);
+        fs::resize_file(path, fs::file_size(path) - static_cast<uintmax_t>(missing * 44100 * 4));
+        return path;
+    }
 
     TempHome home;
 };
@@ -192,6 +208,60 @@ TEST_F(SplitJoinJobTest, JoinWithAnMp3FirstGivesAnMp3AndNoLeftoverWave) {
     EXPECT_FALSE(fs::exists(home.Path() / "out" / "a_b_JOINED.wav"));
     EXPECT_EQ(JoinedName({"/x/" + std::string(50, 'n') + ".wav", "/y/z.mp3"}),
               std::string(40, 'n') + "_z_JOINED");
+}
+
+TEST_F(SplitJoinJobTest, AShortFileEndsThePieceOrThePartWhereItsSamplesEnd) {
+    // The header says 2 s; the samples end after 1 s.
+    const fs::path side = Truncated("side.wav", 1, 1);
+    std::vector<std::string> pieces;
+    ASSERT_EQ(Split(side, {22050, 66150}, &pieces), PROCESS_DONE);
+    ASSERT_EQ(pieces.size(), 2u);
+    EXPECT_EQ(SoxSamples(pieces[0]).size(), 22050u * 2);
+    EXPECT_EQ(SoxSamples(pieces[1]).size(), 22050u * 2) << "no silence past the samples";
+    EXPECT_FALSE(fs::exists(home.Path() / "side_SPLIT_02.wav"));
+
+    const fs::path other = Make("other.wav", 44100, 2, 0.5);
+    RecordingProgress progress;
+    LJoinFiles job{{side.string(), other.string()}, home.Path().string(), {}};
+    ASSERT_EQ(Process(progress, job), PROCESS_DONE);
+    EXPECT_EQ(SoxSamples(job.output).size(), (44100u + 22050u) * 2);
+}
+
+TEST_F(SplitJoinJobTest, OutputsNeverReplaceAFileAndAStopOrFailureLeavesNothing) {
+    const fs::path a = Make("a.wav", 44100, 2, 1, "sine 300 vol 0.5");
+    const fs::path b = home.Path() / "b.mp3";
+    RunCommand("lame --quiet -b 128 " + ShellQuote(a) + " " + ShellQuote(b));
+    const fs::path out = home.Path() / "out";
+    fs::create_directories(out);
+    // Files of the names a join would take, none of them made by it.
+    for (const char* name : {"a_b_JOINED.wav", "b_a_JOINED.wav", "b_a_JOINED.mp3"})
+        WriteFileBytes(out / name, {'m', 'i', 'n', 'e'});
+    const auto before = Contents(out);
+
+    const auto join = [&](std::vector<std::string> paths, int stopAfter) {
+        RecordingProgress progress;
+        progress.stopAfter = stopAfter;
+        LJoinFiles job{std::move(paths), out.string(), {}};
+        const LProcessResult result = Process(progress, job);
+        return std::make_pair(result, job.output);
+    };
+    for (const int stopAfter : {0, 8, 18}) {
+        EXPECT_EQ(join({a.string(), b.string()}, stopAfter).first, PROCESS_FAILED) << stopAfter;
+        EXPECT_EQ(join({b.string(), a.string()}, stopAfter).first, PROCESS_FAILED) << stopAfter;
+        EXPECT_EQ(Contents(out), before) << stopAfter;
+    }
+
+    const auto [waveResult, wave] = join({a.string(), b.string()}, -1);
+    EXPECT_EQ(waveResult, PROCESS_DONE);
+    EXPECT_EQ(Name(wave), "a_b_JOINED (01).wav");
+    const auto [mp3Result, mp3] = join({b.string(), a.string()}, -1);
+    EXPECT_EQ(mp3Result, PROCESS_DONE);
+    EXPECT_EQ(Name(mp3), "b_a_JOINED (01).mp3");
+    auto after = Contents(out);
+    EXPECT_EQ(after.size(), before.size() + 2) << "no intermediate or hidden file stays";
+    after.erase(Name(wave));
+    after.erase(Name(mp3));
+    EXPECT_EQ(after, before);
 }
 
 } // namespace

@@ -103,6 +103,7 @@ TEST_F(MainWindowTest, F2RenamesTheFileOnDisk) {
     window.Action(CM_RENAME_FILE)->trigger();
     auto* editor = window.List()->findChild<QLineEdit*>();
     ASSERT_NE(editor, nullptr);
+    EXPECT_EQ(editor->text(), "take1"); // the extension stays as it is
     editor->setText("Side A: Song");
     QTest::keyClick(editor, Qt::Key_Return);
     EXPECT_TRUE(QTest::qWaitFor([&] { return fs::exists(output / "Side A Song.wav"); }, 3000));
