@@ -147,9 +147,14 @@ bool LVirtualBurner::SlowWrite() {
     return !cancel_;
 }
 
-void LVirtualBurner::BurnWork() {
+uint32_t LVirtualBurner::LayoutBlocks() const {
     uint32_t total = 0;
     for (const LDiscAudioTrack& track : layout_) total += track.lengthBlocks;
+    return total;
+}
+
+void LVirtualBurner::BurnWork() {
+    const uint32_t total = LayoutBlocks();
     SetStatus(LDiscOperationState::SessionOpen, -1.0f, 0);
     LAtomicFile bin(disc_->Path() + ".bin");
     LAtomicFile cue(disc_->Path() + ".cue");
@@ -167,8 +172,7 @@ void LVirtualBurner::BurnWork() {
 }
 
 bool LVirtualBurner::WriteTracks(LFile& bin) {
-    uint32_t total = 0;
-    for (const LDiscAudioTrack& track : layout_) total += track.lengthBlocks;
+    const uint32_t total = LayoutBlocks();
     std::vector<uint8_t> buffer(kWriteBlocks * kAudioBlockBytes);
     uint32_t block = 0;
     for (size_t index = 0; index < layout_.size(); ++index) {

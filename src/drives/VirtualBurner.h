@@ -38,6 +38,7 @@ private:
     bool Start(void (LVirtualBurner::*work)());
     void EraseWork();
     void BurnWork();
+    uint32_t LayoutBlocks() const;
     bool WriteTracks(LFile& bin);
     std::string CueSheet() const;
     void SetStatus(LDiscOperationState state, float fraction, int track);

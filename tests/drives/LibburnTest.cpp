@@ -1,6 +1,7 @@
 // The libburn adapter: a scan on this machine, and libburn's records read as the disc service's.
 #include "drives/LibburnDrive.h"
 #include "drives/LibburnMapping.h"
+#include "drives/UdevMediaMonitor.h"
 
 #include <gtest/gtest.h>
 
@@ -89,4 +90,12 @@ TEST(LibburnMapping, ProgressStates) {
     }
     EXPECT_EQ(MapLibburnProgress(BURN_DRIVE_IDLE, progress, false, false).state, S::Failed);
     EXPECT_EQ(MapLibburnProgress(BURN_DRIVE_ERASING, progress, true, true).state, S::Erasing);
+}
+
+TEST(UdevMediaMonitor, StartsAndStopsWithoutEvents) {
+    // No disc changes here: the monitor only has to come up and go down cleanly, with or
+    // without a udev daemon.
+    int changes = 0;
+    { LUdevMediaMonitor monitor([&] { ++changes; }); }
+    EXPECT_EQ(changes, 0);
 }
