@@ -12,9 +12,10 @@ using namespace burn;
 
 namespace {
 
+// Never destroyed: drives held by static objects release themselves at exit under it.
 std::mutex& LibburnMutex() {
-    static std::mutex mutex;
-    return mutex;
+    static std::mutex* mutex = new std::mutex;
+    return *mutex;
 }
 
 bool LibburnStarted() {
