@@ -6,10 +6,10 @@ set -euo pipefail
 packages=(
   cmake ninja-build g++ pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
-  qt6-base-dev qt6-svg-dev libpulse-dev libburn-dev
+  qt6-base-dev qt6-svg-dev libpulse-dev libburn-dev libudev-dev
   lame sox libsox-fmt-all ffmpeg mpg123 id3v2 python3-mutagen
   unzip zip
-  xorriso genisoimage p7zip-full udftools
+  xorriso genisoimage p7zip-full udftools bchunk cuetools
   fonts-dejavu-core xvfb xauth
   pulseaudio pulseaudio-utils dbus-daemon
 )

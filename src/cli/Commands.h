@@ -23,3 +23,7 @@ int CliDemo(const CliArgs& args);
 int CliSplit(const CliArgs& args);
 int CliJoin(const CliArgs& args);
 int CliMkiso(const CliArgs& args);
+int CliDrives(const CliArgs& args);
+int CliBurnAudio(const CliArgs& args);
+int CliErase(const CliArgs& args);
+int CliEject(const CliArgs& args);

@@ -36,6 +36,10 @@ const CliCommand kCommands[] = {
     {"split", CliSplit, "split FILE --at TIME [--at TIME]..."},
     {"join", CliJoin, "join FILE FILE [FILE] [--folder DIR]"},
     {"mkiso", CliMkiso, "mkiso OUT.iso [--label L] [--project N] [--boot FILE] PATH..."},
+    {"drives", CliDrives, "drives"},
+    {"burn-audio", CliBurnAudio, "burn-audio FILE... [--drive N] [--erase]"},
+    {"erase", CliErase, "erase [--drive N] [--full]"},
+    {"eject", CliEject, "eject [--drive N]"},
 };
 
 void PrintHelp(FILE* out) {

@@ -36,6 +36,14 @@ LAbstractBurnFile::LAbstractBurnFile(const std::string& path, bool isFolder, uin
     date = when;
 }
 
+std::unique_ptr<LAbstractBurnFile> LAbstractBurnFile::Named(const std::string& name, bool isFolder,
+                                                            uint64_t fileSize, std::time_t when) {
+    auto item = std::make_unique<LAbstractBurnFile>(name, isFolder, fileSize, when);
+    item->name = name;
+    item->sourcePath.clear();
+    return item;
+}
+
 LAbstractFileSystem::LAbstractFileSystem()
     : root_(std::make_unique<LAbstractBurnFile>("Label", true, 0, std::time(nullptr))) {}
 

@@ -3,13 +3,22 @@
 #include "disc/BurnFile.h"
 
 #include <functional>
+#include <memory>
 #include <string>
+
+class LAudioCDTrack;
 
 // One folder or file to put on a disc: its name is the file name of its source path.
 class LAbstractBurnFile : public LBurnFileBase<LAbstractBurnFile> {
 public:
     LAbstractBurnFile(const std::string& path, bool isFolder, uint64_t fileSize, std::time_t when);
+    // An item with a name of its own and no source file (an audio CD's track).
+    static std::unique_ptr<LAbstractBurnFile> Named(const std::string& name, bool isFolder,
+                                                    uint64_t fileSize, std::time_t when);
     static LNameClashRule ClashRule() { return {250, 2000}; }
+
+    // An audio CD's track; null for the files and folders of a data disc.
+    std::shared_ptr<LAudioCDTrack> audioTrack;
 };
 
 // The tree of folders and files to put on a disc, with its volume label.
