@@ -274,5 +274,7 @@ uint32_t DecodeUDFIntegritySize(const uint8_t* sector, size_t size) {
 
 std::string DecodeInquiryName(const uint8_t* reply, size_t size) {
     const auto b = Padded<36>(reply, size);
-    return TrimmedField(&b[8], 8) + " " + TrimmedField(&b[16], 16);
+    const std::string vendor = TrimmedField(&b[8], 8);
+    const std::string product = TrimmedField(&b[16], 16);
+    return vendor.empty() || product.empty() ? vendor + product : vendor + " " + product;
 }
