@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <strings.h>
@@ -112,8 +113,9 @@ std::vector<std::string> ListSgIoDevices(const std::string& folder) {
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
         const std::string name = entry.path().filename().string();
-        if (name.size() < 3 || name.compare(0, 2, "sr") != 0 ||
-            !std::all_of(name.begin() + 2, name.end(), ::isdigit))
+        const auto digit = [](unsigned char c) { return c >= '0' && c <= '9'; };
+        if (name.size() < 3 || name.size() > 11 || name.compare(0, 2, "sr") != 0 ||
+            !std::all_of(name.begin() + 2, name.end(), digit))
             continue;
         found.emplace_back(std::stoul(name.substr(2)), entry.path().string());
     }
