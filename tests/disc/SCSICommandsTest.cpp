@@ -111,6 +111,14 @@ TEST_F(SCSICommandsTest, WaitUnitReadyOutcomes) {
     // Becoming ready within the time, and a stop while waiting.
     Script({Refuse({0x00}, {6, 0x28, 0x00}, 3), Answer({0x00})});
     EXPECT_EQ(ProcessSCSIWaitUnitReady(job, device, false, 60000).code, 0u);
+    // Drives that report readiness only through the track information.
+    s.drive->sent.clear();
+    std::vector<uint8_t> track(36);
+    track[1] = 0x22;
+    Script({Refuse({MMC_READ_TRACK_INFORMATION}, {2, 0x04, 0x01}, 5), Answer({MMC_READ_TRACK_INFORMATION}, track)});
+    EXPECT_EQ(ProcessSCSIWaitUnitReady(job, device, true, 0, true).code, 0u);
+    EXPECT_EQ(Opcodes(), Hex("52 52 52 52 52 52"));
+    EXPECT_EQ(Sent()[0].cdb, Hex("52 01 00 00 00 FF 00 00 24 00"));
     Script({Refuse({0x00}, {2, 0x3A, 0x00})});
     job.stopAfter = 0;
     EXPECT_EQ(ProcessSCSIWaitUnitReady(job, device, false, 0).code, 1u);

@@ -2,10 +2,14 @@
 #include "SCSIScriptedTransport.h"
 
 #include "burn/BurnMediaTypes.h"
+#include "disc/SCSIBytes.h"
 #include "disc/SCSICommands.h"
 #include "disc/SCSIRecords.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
 
 namespace {
 
@@ -177,6 +181,53 @@ TEST(SCSIDecodeTest, UsedSizeInquiryAndSmallReplies) {
     EXPECT_EQ(DecodeChangerState(nullptr, 0), 0);
     EXPECT_EQ(DecodeReadCapacity(nullptr, 0), 0u);
     EXPECT_EQ(DecodeInquiryName(nullptr, 0), "");
+}
+
+// Every decoder reads only the bytes it is given, whatever they claim (run under the address
+// sanitizer, an overread fails the test).
+TEST(SCSIDecodeTest, EveryDecoderSurvivesArbitraryBytes) {
+    std::mt19937 random(26);
+    for (int round = 0; round < 3000; ++round) {
+        const size_t size = random() % 2100;
+        std::vector<uint8_t> bytes(size);
+        for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random() % 4 ? random() : 0xFF);
+        // An exact-size heap copy, so reading past its end is caught.
+        const std::unique_ptr<uint8_t[]> reply(new uint8_t[size + 1]);
+        std::copy(bytes.begin(), bytes.end(), reply.get());
+        const uint8_t* p = reply.get();
+        ATIPInfo atip;
+        DecodeATIPInfo(p, size, atip);
+        DiskInformation disc;
+        DecodeDiskInformation(p, size, disc);
+        TrackInformation track;
+        DecodeTrackInformation(p, size, track);
+        DVDPhysicalFormat structure;
+        DecodeDVDPhysicalFormat(p, size, structure);
+        DriveFeatureHeader header;
+        DecodeFeatureHeader(p, size, header);
+        LFeatureDescriptor feature;
+        const uint16_t firstFeature = size >= 10 ? MMCGet16(p + 8) : 0;
+        if (FindFeature(p, size, firstFeature, feature)) {
+            EXPECT_LE(feature.data + feature.size, p + size);
+        }
+        DecodeCurrentProfile(p, size);
+        WriteParamModePage parameters;
+        DecodeWriteParamModePage(p, size, parameters);
+        LFormatCapacities formats;
+        DecodeFormatCapacities(p, size, formats);
+        EXPECT_LE(formats.descriptors.size(), 31u);
+        LWriteSpeeds speeds;
+        DecodeWriteSpeeds(p, size, true, speeds);
+        EXPECT_LE(speeds.writeSpeeds.size(), 20u);
+        DecodeWriteSpeeds(p, size, false, speeds);
+        DriveCapabilities capabilities;
+        DecodeCapabilitiesPage(p, size, capabilities);
+        DecodeChangerState(p, size);
+        DecodeReadCapacity(p, size);
+        DecodeISOVolumeSize(p, size);
+        DecodeUDFIntegritySize(p, size);
+        DecodeInquiryName(p, size);
+    }
 }
 
 TEST(SCSIDecodeTest, ProfilesToMediaTypes) {
