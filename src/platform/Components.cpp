@@ -94,7 +94,9 @@ std::string InstalledComponentFolder() {
 // A component installed with the program that runs, such as "mp3el" linked to the encoder the
 // package depends on.
 bool FindInstalledCopy(const char* name, char* out) {
-    const std::string path = InstalledComponentFolder() + "/" + name;
+    const std::string folder = InstalledComponentFolder();
+    if (folder.empty()) return false;
+    const std::string path = folder + "/" + name;
     if (path.size() >= kPathBufferSize || access(path.c_str(), X_OK) != 0 ||
         !LComponentRuns(path.c_str()))
         return false;
