@@ -3,9 +3,11 @@
 # the files in their places, the desktop entry, the AppStream metadata and both manual pages
 # passing their validators, the completion offering every command and option that
 # "vinora-cli --help" lists, the manual page describing each command, and the installed
-# vinora-cli encoding MP3 with the encoder component installed beside it.
+# vinora-cli encoding MP3 with the encoder component installed beside it. The entry that the
+# built vinora (second argument) installs for the user with -installer is validated as well.
 set -euo pipefail
 build=$1
+built_vinora=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
@@ -72,6 +74,9 @@ sox -n -r 44100 -c 2 -b 16 "$work/tone.wav" synth 1 sine 440 2>/dev/null
 PATH=$prefix/bin "$cli" convert "$work/tone.wav" "$work/tone.mp3" >/dev/null 2>"$work/convert" ||
   { cat "$work/convert" >&2; fail "the installed vinora-cli encodes no MP3 without lame on PATH"; }
 [ -s "$work/tone.mp3" ] || fail "no MP3 written by the installed vinora-cli"
+
+QT_QPA_PLATFORM=offscreen "$built_vinora" -installer >/dev/null 2>&1 || fail "vinora -installer"
+desktop-file-validate "$XDG_DATA_HOME/applications/$id.desktop" || fail "the user's desktop entry"
 
 [ "$failures" -eq 0 ] || exit 1
 echo "installed tree checked in $prefix"
