@@ -12,6 +12,7 @@ packages=(
   xorriso genisoimage p7zip-full udftools bchunk cuetools
   fonts-dejavu-core xvfb xauth
   pulseaudio pulseaudio-utils dbus-daemon
+  desktop-file-utils appstream man-db groff-base file dpkg-dev lintian libgtk-3-bin
 )
 
 missing=()

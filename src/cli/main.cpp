@@ -51,6 +51,23 @@ void PrintHelp(FILE* out) {
     std::fprintf(out, "\nExit codes: 0 done, 1 stopped, 2 failed.\n");
 }
 
+// The command table for the tools that build the manual page and the shell completion: one
+// line per command, its name, a tab and its usage on one line.
+void PrintCommandTable() {
+    for (const CliCommand& command : kCommands) {
+        std::string usage;
+        for (const char* c = command.usage; *c; ++c) {
+            if (*c != '\n') {
+                usage += *c;
+                continue;
+            }
+            usage += ' ';
+            while (c[1] == ' ') ++c;
+        }
+        std::printf("%s\t%s\n", command.name, usage.c_str());
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -59,6 +76,10 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string name = argv[1];
+    if (name == "help" && argc == 3 && std::strcmp(argv[2], "--format=table") == 0) {
+        PrintCommandTable();
+        return 0;
+    }
     if (name == "--help" || name == "-h" || name == "help") {
         PrintHelp(stdout);
         return 0;

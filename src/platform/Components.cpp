@@ -78,6 +78,32 @@ bool LComponentRuns(const char* path) {
 
 namespace {
 
+// The folder of the components installed with the program, PREFIX/libexec/vinora for a program
+// in PREFIX/bin (the install rules put them there); empty when the program's own path is unknown.
+std::string InstalledComponentFolder() {
+    char program[kPathBufferSize];
+    const ssize_t length = readlink("/proc/self/exe", program, sizeof program - 1);
+    if (length <= 0) return {};
+    program[length] = '\0';
+    char bin[kPathBufferSize], prefix[kPathBufferSize];
+    _GetFolderFromPath(bin, program);
+    _GetFolderFromPath(prefix, bin);
+    return std::string(prefix) + "/libexec/vinora";
+}
+
+// A component installed with the program that runs, such as "mp3el" linked to the encoder the
+// package depends on.
+bool FindInstalledCopy(const char* name, char* out) {
+    const std::string folder = InstalledComponentFolder();
+    if (folder.empty()) return false;
+    const std::string path = folder + "/" + name;
+    if (path.size() >= kPathBufferSize || access(path.c_str(), X_OK) != 0 ||
+        !LComponentRuns(path.c_str()))
+        return false;
+    std::snprintf(out, kPathBufferSize, "%s", path.c_str());
+    return true;
+}
+
 bool FindSystemCopy(const char* name, char* out) {
     for (const SystemCopy& copy : kSystemCopies) {
         if (std::strcmp(copy.component, name) != 0) continue;
@@ -116,7 +142,8 @@ bool GetComponentPath(const char* name, char* out, bool allowSystemCopy) {
         if (LComponentRuns(out)) return true;
         LOGERROR("The component %s does not run", out);
     }
-    if (allowSystemCopy && FindSystemCopy(name, out)) return true;
+    if (allowSystemCopy && (FindInstalledCopy(name, out) || FindSystemCopy(name, out)))
+        return true;
     _MakeFilePath(out, folder, name);
     return false;
 }

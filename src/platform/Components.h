@@ -13,8 +13,9 @@ bool GetComponentFolder(char* out);
 // Looks for a component; `out` (260 bytes) gets its path and true when it is there. The
 // components folder comes first; a plain file found there is made executable (0755) and used
 // only when it runs (see LComponentRuns). When `allowSystemCopy` is set and the folder has no such component,
-// a program installed on the system that does the same job stands in for it: "mp3el" is the
-// LAME encoder, "lame" on PATH. Otherwise false, with `out` holding where the component would
+// a copy installed with the program (PREFIX/libexec/vinora/<name> for a program in PREFIX/bin)
+// stands in for it, else a program installed on the system that does the same job: "mp3el" is
+// the LAME encoder, "lame" on PATH. Otherwise false, with `out` holding where the component would
 // be installed (or only the folder's path when the folder cannot be had).
 bool GetComponentPath(const char* name, char* out, bool allowSystemCopy);
 

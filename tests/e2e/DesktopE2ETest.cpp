@@ -81,13 +81,15 @@ TEST(DesktopE2E, ListsTheFolderAndAddsWhatTheQueueConverts) {
 TEST(DesktopE2E, InstallsADesktopEntryForTheUser) {
     TempHome home;
     int status = -1;
-    RunCommand("QT_QPA_PLATFORM=offscreen " + std::string(VINORA_DESKTOP) + " -installer", &status);
+    const std::string said = RunCommand(
+        "QT_QPA_PLATFORM=offscreen " + std::string(VINORA_DESKTOP) + " -installer", &status);
     EXPECT_EQ(status, 0);
-    const std::string entry =
-        ReadText(home.DataHome() / "applications/vinora.desktop");
+    const fs::path path = home.DataHome() / "applications/com.brakwater.Vinora.desktop";
+    EXPECT_EQ(said, "vinora: installed the desktop entry " + path.string() + "\n");
+    const std::string entry = ReadText(path);
     EXPECT_NE(entry.find("Exec=\"" + std::string(VINORA_DESKTOP) + "\" %F"), std::string::npos);
     EXPECT_NE(entry.find("MimeType=audio/x-wav;"), std::string::npos);
-    EXPECT_TRUE(fs::exists(home.DataHome() / "icons/hicolor/scalable/apps/vinora.svg"));
+    EXPECT_TRUE(fs::exists(home.DataHome() / "icons/hicolor/scalable/apps/com.brakwater.Vinora.svg"));
 }
 
 } // namespace

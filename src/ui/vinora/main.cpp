@@ -16,14 +16,18 @@ int main(int argc, char** argv) {
     QApplication::setOrganizationName("Brakwater Software");
     QApplication::setApplicationName("Vinora");
     QApplication::setApplicationDisplayName(kProgramName);
-    QApplication::setDesktopFileName("vinora");
+    QApplication::setDesktopFileName(QString::fromStdString(kDesktopId));
 
     const QStringList arguments = QApplication::arguments().mid(1);
     if (!arguments.isEmpty() && arguments.front() == "-installer") {
         const std::string error =
             LInstallDesktopEntry(QApplication::applicationFilePath().toStdString());
-        if (!error.empty()) std::fprintf(stderr, "vinora: %s\n", error.c_str());
-        return error.empty() ? 0 : 2;
+        if (!error.empty()) {
+            std::fprintf(stderr, "vinora: %s\n", error.c_str());
+            return 2;
+        }
+        std::printf("vinora: installed the desktop entry %s\n", LUserDesktopEntryPath().c_str());
+        return 0;
     }
 
     LQtMainThreadQueue queue;
