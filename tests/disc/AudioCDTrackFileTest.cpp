@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct AiffSpec {
+struct AiffLayout {
     uint16_t channels = 2;
     uint32_t frames = 1;
     uint16_t bits = 16;
@@ -31,21 +31,21 @@ void Put16(std::string& out, uint16_t v) {
     out += char(v);
 }
 
-std::string MakeAiff(const AiffSpec& spec) {
-    std::string data(spec.offset, '\0');
-    for (int16_t s : spec.samples) Put16(data, uint16_t(s));
+std::string MakeAiff(const AiffLayout& layout) {
+    std::string data(layout.offset, '\0');
+    for (int16_t s : layout.samples) Put16(data, uint16_t(s));
     std::string body = "AIFF";
     body += "COMM";
     Put32(body, 18);
-    Put16(body, spec.channels);
-    Put32(body, spec.frames);
-    Put16(body, spec.bits);
+    Put16(body, layout.channels);
+    Put32(body, layout.frames);
+    Put16(body, layout.bits);
     unsigned char rate[10];
-    LConvert32to80(rate, spec.rate);
+    LConvert32to80(rate, layout.rate);
     body.append(reinterpret_cast<char*>(rate), 10);
     body += "SSND";
-    Put32(body, spec.ssndSize >= 0 ? uint32_t(spec.ssndSize) : uint32_t(data.size() + 8));
-    Put32(body, spec.offset);
+    Put32(body, layout.ssndSize >= 0 ? uint32_t(layout.ssndSize) : uint32_t(data.size() + 8));
+    Put32(body, layout.offset);
     Put32(body, 0);
     body += data;
     std::string file = "FORM";
@@ -86,7 +86,7 @@ std::vector<int16_t> Produce(LAudioTrackRef& track, uint32_t bytes) {
 TEST_F(TrackFolder, ParserTakesTheRatesAndChannelCountsACdTrackCanBeMadeOf) {
     struct Case {
         const char* what;
-        AiffSpec spec;
+        AiffLayout layout;
         bool parses;
     } cases[] = {
         {"44100 Hz stereo", {2, 1, 16, 44100, {1, 2}}, true},
@@ -101,7 +101,7 @@ TEST_F(TrackFolder, ParserTakesTheRatesAndChannelCountsACdTrackCanBeMadeOf) {
     };
     for (const Case& c : cases) {
         LAudioTrackRef track;
-        EXPECT_EQ(ParseAiffTrack(Write("t.aiff", MakeAiff(c.spec)), track), c.parses) << c.what;
+        EXPECT_EQ(ParseAiffTrack(Write("t.aiff", MakeAiff(c.layout)), track), c.parses) << c.what;
     }
     LAudioTrackRef track;
     EXPECT_FALSE(ParseAiffTrack(Write("w.aiff", "RIFF....WAVEfmt "), track));
@@ -109,10 +109,10 @@ TEST_F(TrackFolder, ParserTakesTheRatesAndChannelCountsACdTrackCanBeMadeOf) {
 }
 
 TEST_F(TrackFolder, ParserPlacesTheSoundDataAndFallsBackToTheFileEnd) {
-    AiffSpec spec{2, 3, 16, 44100, {1, 2, 3, 4, 5, 6}};
-    spec.offset = 4;
+    AiffLayout layout{2, 3, 16, 44100, {1, 2, 3, 4, 5, 6}};
+    layout.offset = 4;
     LAudioTrackRef track;
-    ASSERT_TRUE(ParseAiffTrack(Write("a.aiff", MakeAiff(spec)), track));
+    ASSERT_TRUE(ParseAiffTrack(Write("a.aiff", MakeAiff(layout)), track));
     // FORM header 12, COMM 8 + 18, SSND header 16, then the offset.
     EXPECT_EQ(track.dataStart, 12u + 26 + 16 + 4);
     EXPECT_EQ(track.dataEnd, track.dataStart + 12);
@@ -120,10 +120,10 @@ TEST_F(TrackFolder, ParserPlacesTheSoundDataAndFallsBackToTheFileEnd) {
     EXPECT_EQ(track.sampleMask, 0xFFFFu);
     EXPECT_EQ(track.sampleRate, kAiffRate44100);
 
-    const uint32_t fileEnd = uint32_t(MakeAiff(spec).size());
+    const uint32_t fileEnd = uint32_t(MakeAiff(layout).size());
     for (int64_t size : {int64_t(4), int64_t(1000)}) {
-        spec.ssndSize = size; // below 8, or running past the file's end
-        ASSERT_TRUE(ParseAiffTrack(Write("b.aiff", MakeAiff(spec)), track));
+        layout.ssndSize = size; // below 8, or running past the file's end
+        ASSERT_TRUE(ParseAiffTrack(Write("b.aiff", MakeAiff(layout)), track));
         EXPECT_EQ(track.dataEnd, fileEnd) << size;
     }
 }
@@ -158,24 +158,24 @@ TEST_F(TrackFolder, ProducerWritesLittleEndianStereoAndMixesOtherChannelCounts) 
         {"mixes clip", 3, {30000, 30000, 30000}, {32767, 32767}},
     };
     for (const Case& c : cases) {
-        AiffSpec spec{c.channels, 1, 16, 44100, c.in};
+        AiffLayout layout{c.channels, 1, 16, 44100, c.in};
         LAudioTrackRef track;
-        ASSERT_TRUE(ParseAiffTrack(Write("m.aiff", MakeAiff(spec)), track)) << c.what;
+        ASSERT_TRUE(ParseAiffTrack(Write("m.aiff", MakeAiff(layout)), track)) << c.what;
         EXPECT_EQ(Produce(track, 4), c.out) << c.what;
     }
 }
 
 TEST_F(TrackFolder, ProducerMasksSamplesNarrowerThan16Bits) {
-    AiffSpec spec{2, 1, 12, 44100, {0x123F, int16_t(0xFFFF)}};
+    AiffLayout layout{2, 1, 12, 44100, {0x123F, int16_t(0xFFFF)}};
     LAudioTrackRef track;
-    ASSERT_TRUE(ParseAiffTrack(Write("n.aiff", MakeAiff(spec)), track));
+    ASSERT_TRUE(ParseAiffTrack(Write("n.aiff", MakeAiff(layout)), track));
     EXPECT_EQ(Produce(track, 4), (std::vector<int16_t>{0x1230, int16_t(0xFFF0)}));
 }
 
 TEST_F(TrackFolder, ProducerStopsAtTheDataEndAndRejectsUnknownMessages) {
-    AiffSpec spec{2, 2, 16, 44100, {1, 2, 3, 4}};
+    AiffLayout layout{2, 2, 16, 44100, {1, 2, 3, 4}};
     LAudioTrackRef track;
-    ASSERT_TRUE(ParseAiffTrack(Write("e.aiff", MakeAiff(spec)), track));
+    ASSERT_TRUE(ParseAiffTrack(Write("e.aiff", MakeAiff(layout)), track));
     EXPECT_EQ(Produce(track, 64), (std::vector<int16_t>{1, 2, 3, 4}));
     EXPECT_EQ(sampleTrackProducerCallback(track, 0x61626364, nullptr), kProducerBadMessage);
     fs::remove(track.path);
