@@ -2,6 +2,8 @@
 
 #include "disc/SCSISense.h"
 
+#include <mutex>
+
 namespace {
 
 constexpr uint32_t kNotReadyRetryMs = 500;
@@ -15,7 +17,20 @@ size_t CDBLengthOf(uint8_t opcode) {
     }
 }
 
+std::mutex openerMutex;
+LSCSI::Opener programOpener;
+
 } // namespace
+
+void SetSCSIDriveOpener(LSCSI::Opener opener) {
+    std::lock_guard lock(openerMutex);
+    programOpener = std::move(opener);
+}
+
+LSCSI::Opener SCSIDriveOpener() {
+    std::lock_guard lock(openerMutex);
+    return programOpener;
+}
 
 LSCSICDB::LSCSICDB(uint8_t opcode) : length(CDBLengthOf(opcode)) {
     bytes[0] = opcode;
@@ -24,6 +39,7 @@ LSCSICDB::LSCSICDB(uint8_t opcode) : length(CDBLengthOf(opcode)) {
 bool LSCSI::OpenCDROMDrive(int index) {
     Close();
     openError_.clear();
+    if (!opener_) opener_ = SCSIDriveOpener();
     if (!opener_) {
         openError_ = "No drives can be opened";
         return false;

@@ -17,6 +17,7 @@ public:
     // why in `error`. The drive adapters provide it (SG_IO for real drives, the virtual drive).
     using Opener = std::function<std::unique_ptr<LSCSITransport>(int index, std::string& error)>;
 
+    // Without an opener, the program's own (SetSCSIDriveOpener) is used.
     LSCSI() = default;
     explicit LSCSI(Opener opener) : opener_(std::move(opener)) {}
     explicit LSCSI(std::unique_ptr<LSCSITransport> transport) { Open(std::move(transport)); }
@@ -56,6 +57,12 @@ private:
     LSCSITaskResult last_;
     bool cycled_ = false;
 };
+
+// The program's way of opening drives by their index in the burner list, installed by the drive
+// adapters at start-up (real drives through SG_IO, the Virtual Burner through its virtual MMC
+// drive). Until one is installed, every opening fails.
+void SetSCSIDriveOpener(LSCSI::Opener opener);
+LSCSI::Opener SCSIDriveOpener();
 
 // Whether the last command's sense is KEY/ASC (any ASCQ) or KEY/ASC/ASCQ.
 bool TestSCSIStatus(const LSCSI& device, uint8_t key, uint8_t asc);
