@@ -103,7 +103,8 @@ BurnErrorCode CheckCapacityAndSpeed(LProcessInterface& progress, LBurnDataDisk& 
 LProcessResult Finish(LProcessInterface& progress, LBurnDataDisk& job, const BurnErrorCode& error,
                       bool writing) {
     if (error.code == 0) return PROCESS_DONE;
-    if (error.code == 1 && !writing) {
+    // A stop before writing; a refusal shown to the user with code 1 is a failure.
+    if (error.code == 1 && !writing && job.errorText.empty()) {
         job.error = error;
         return PROCESS_STOPPED;
     }
