@@ -351,8 +351,10 @@ void LVirtualDisc::Written(uint32_t blocks, Status status) {
 void LVirtualDisc::MakeBlank() {
     std::unique_lock lock(mutex_);
     const LVirtualFormat format = state_.format;
+    const uint32_t capacity = state_.capacity;
     FillNew(state_, state_.media, false);
     state_.format = format;
+    state_.capacity = capacity;
     SaveAndNotify(lock);
 }
 
