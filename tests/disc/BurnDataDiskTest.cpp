@@ -262,6 +262,12 @@ TEST_F(BurnDataDiskTest, FaultsEndWithTheirCodeAndText) {
          PROCESS_FAILED, 21,
          "The disk type being burned is a ISO CD and you have loaded a DVD+R. Please insert an appropriate disk.",
          false},
+        {"a drive that writes no DVD", 4, 1000000,
+         [](ScriptedDiscDrive& d) {
+             for (const char* feature : {"46 02 00 2F", "46 02 00 2A", "46 02 00 2B"})
+                 d.script.insert(d.script.begin(), Refuse(Hex(feature), {5, 0x24, 0}));
+         },
+         {}, PROCESS_FAILED, 17, "The selected drive cannot write or record DVDs", false},
         {"no disc", 4, 1000000,
          [](ScriptedDiscDrive& d) { d.script.insert(d.script.begin(), Refuse({MMC_TEST_UNIT_READY}, {2, 0x3A, 0})); },
          {}, PROCESS_FAILED, 14,
