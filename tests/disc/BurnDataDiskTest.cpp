@@ -416,6 +416,57 @@ TEST_F(BurnDataDiskTest, AnyDiscProjectsTakeTheKindOfTheLoadedDisc) {
     }
 }
 
+TEST_F(BurnDataDiskTest, UsedRewritablesAreErasedOrReopenedAsTheProjectAllows) {
+    const struct {
+        const char* name;
+        int project;
+        bool erase;
+        bool full;
+        uint8_t trackMode;
+        BurnErrorCodeValue code;
+        std::string text;
+        int blanking; // BLANK's byte 1, -1 when none is sent
+    } cases[] = {
+        {"quick erase", PROJECT_ISO_JOLIET_CD, true, false, 0x04, 0, "", 0x11},
+        {"full erase", PROJECT_ISO_JOLIET_CD, true, true, 0x04, 0, "", 0x10},
+        {"data project without erasing", PROJECT_ISO_JOLIET_CD, false, false, 0x04, 2,
+         "The inserted disk is not empty. To erase it, select the option \"Erase Rewritables if "
+         "they are not blank\" and try again.",
+         -1},
+        {"audio onto a data disc", PROJECT_AUDIO_CD, false, false, 0x04, 25,
+         "You are trying to append audio tracks and the loaded disk is not an audio CD", -1},
+        {"audio onto an audio disc", PROJECT_AUDIO_CD, false, false, 0x00, 0, "", 0x15},
+    };
+    LAbstractFileSystem files;
+    for (const auto& c : cases) {
+        ScriptedDiscDevice disc(kDiscKinds[1], 300000);
+        disc.drive->written = true; // an open session
+        disc.drive->trackMode = c.trackMode;
+        LBurnDataDisk burn(files, {}, c.project);
+        burn.media = MEDIA_CDRW;
+        burn.settings.eraseCDRW = c.erase;
+        burn.settings.fullErase = c.full;
+        DiskInformation info;
+        ASSERT_EQ(ProcessSCSIGetDiskInformation(progress, disc.device, info).code, 0u);
+        ASSERT_EQ(info.discStatus, DISC_INCOMPLETE);
+        progress.error.clear();
+        progress.statuses.clear();
+        EXPECT_EQ(ProcessEraseDiskIfNeeded(progress, burn, disc.device, info, 1000, {}).code, c.code)
+            << c.name;
+        EXPECT_EQ(progress.error, c.text) << c.name;
+        int blanking = -1;
+        for (const SentCommand& sent : disc.drive->sent)
+            if (sent.cdb[0] == MMC_BLANK) blanking = sent.cdb[1];
+        EXPECT_EQ(blanking, c.blanking) << c.name;
+        if (c.blanking >= 0) {
+            const std::pair<std::string, int> step(c.blanking == 0x15 ? "Opening Disk" : "Erasing Disk", 0);
+            EXPECT_NE(std::find(progress.statuses.begin(), progress.statuses.end(), step),
+                      progress.statuses.end())
+                << c.name;
+        }
+    }
+}
+
 TEST(DiscVerifyTarget, ReadsARunUpToFiveTimes) {
     const std::vector<uint8_t> expected(2 * 2048, 0x5A);
     std::vector<uint8_t> other = expected;

@@ -133,6 +133,7 @@ public:
     bool closed = false;
     int64_t writeError = -1;
     int64_t verifyError = -1;
+    uint8_t trackMode = 0x04; // the last track's mode: data
 
 private:
     static std::string Zeros(size_t count) {
@@ -168,7 +169,7 @@ private:
         std::vector<uint8_t> track(36);
         track[1] = 34;
         track[2] = 1;
-        track[5] = 0x04; // data
+        track[5] = trackMode;
         track[7] = 0x01; // the next writable address is valid: the disc's start
         MMCPut32(&track[16], capacity_);
         std::memcpy(bytes, track.data(), std::min(length, track.size()));
