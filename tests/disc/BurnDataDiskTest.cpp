@@ -57,6 +57,7 @@ std::vector<std::string> StrategyCommands(const std::vector<SentCommand>& sent) 
         switch (command.cdb[0]) {
         case MMC_MODE_SELECT_10: name = "parameters"; break;
         case MMC_RESERVE_TRACK: name = "reserve"; break;
+        case MMC_FORMAT_UNIT: name = "format"; break;
         case MMC_WRITE_10:
         case MMC_WRITE_12: name = "write"; break;
         case MMC_SYNCHRONIZE_CACHE: name = "sync"; break;
@@ -162,6 +163,8 @@ TEST_F(BurnDataDiskTest, EachStrategySendsItsCommandsInOrder) {
         {"dvd+rw", inPlace, 0, 0, 16},
         {"bd-r", finalizePlusR, 0, 0, 32},
         {"bd-re", inPlace, 0, 0, 32},
+        {"hd-dvd-ram", {"parameters", "format", "parameters", "write", "sync", "close 1", "sync", "close 2"},
+         0x40, 5, 16},
     };
     for (const auto& c : cases) {
         const DiscKind& kind = *std::find_if(std::begin(kDiscKinds), std::end(kDiscKinds),
@@ -181,16 +184,19 @@ TEST_F(BurnDataDiskTest, EachStrategySendsItsCommandsInOrder) {
         EXPECT_EQ(StrategyCommands(disc.drive->sent), c.commands) << c.kind;
 
         uint32_t longest = 0;
+        const SentCommand* parameters = nullptr;
         for (const SentCommand& sent : disc.drive->sent) {
             if (sent.cdb[0] == MMC_WRITE_12) longest = std::max(longest, MMCGet32(&sent.cdb[6]));
-            if (sent.cdb[0] == MMC_MODE_SELECT_10) {
-                ASSERT_GE(sent.data.size(), 8u + 16) << c.kind;
-                const uint8_t* page = &sent.data[8];
-                EXPECT_EQ(page[2], c.writeParameters) << c.kind;
-                EXPECT_EQ(page[3] & 0x0F, c.trackMode) << c.kind;
-                EXPECT_EQ(page[4], 8) << c.kind << ": Mode 1 blocks";
-                EXPECT_EQ(MMCGet16(&page[14]), 150) << c.kind;
-            }
+            if (sent.cdb[0] == MMC_MODE_SELECT_10) parameters = &sent;
+        }
+        // The write parameters in force when writing.
+        if (parameters) {
+            ASSERT_GE(parameters->data.size(), 8u + 16) << c.kind;
+            const uint8_t* page = &parameters->data[8];
+            EXPECT_EQ(page[2], c.writeParameters) << c.kind;
+            EXPECT_EQ(page[3] & 0x0F, c.trackMode) << c.kind;
+            EXPECT_EQ(page[4], 8) << c.kind << ": Mode 1 blocks";
+            EXPECT_EQ(MMCGet16(&page[14]), 150) << c.kind;
         }
         EXPECT_EQ(longest, c.run) << c.kind;
         EXPECT_EQ(disc.drive->Image(builder.SectorCount()).size(), size_t{builder.SectorCount()} * 2048);

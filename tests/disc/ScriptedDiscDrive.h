@@ -28,6 +28,7 @@ inline constexpr DiscKind kDiscKinds[] = {
     {"dvd-r", 0x11, MEDIA_DVDMR, false},  {"dvd-rw", 0x13, MEDIA_DVDMRW, true},
     {"dvd+r", 0x1B, MEDIA_DVDPR, false},  {"dvd+rw", 0x1A, MEDIA_DVDPRW, true},
     {"bd-r", 0x41, MEDIA_BDR, false},     {"bd-re", 0x43, MEDIA_BDRE, true},
+    {"hd-dvd-ram", 0x52, MEDIA_HDDVDRAM, true},
 };
 
 class ScriptedDiscDrive : public ScriptedTransport {
@@ -42,8 +43,10 @@ public:
         std::vector<uint8_t> profiles = Hex("00 00 00 10 00 00 00 00 00 00 03 04 00 00 01 00");
         MMCPut16(&profiles[6], kind_.profile);
         MMCPut16(&profiles[12], kind_.profile);
-        std::vector<uint8_t> capacities = Hex("00 00 00 08 00 00 00 00 01 00 08 00");
+        // The current capacity (unformatted) and one full format of it.
+        std::vector<uint8_t> capacities = Hex("00 00 00 10 00 00 00 00 01 00 08 00 00 00 00 00 00 00 08 00");
         MMCPut32(&capacities[4], capacity_);
+        MMCPut32(&capacities[12], capacity_);
         script = {
             Answer(Hex("46 02 00 00"), profiles),
             Answer(Hex("46 02 00 2F"), FeatureReply(0x2F, true, "42 00 00 00")),
