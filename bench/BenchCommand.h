@@ -29,6 +29,25 @@ inline void BenchMakeFile(const std::filesystem::path& path, size_t size, std::m
     }
 }
 
+// A collection once: `songs` MP3-sized files of about `songBytes` in albums of twelve, and
+// `sides` whole recorded sides of `sideBytes` in "Sides"; kept for later runs.
+inline void BenchMakeTree(const std::filesystem::path& tree, int songs, size_t songBytes, int sides,
+                          size_t sideBytes) {
+    if (std::filesystem::exists(tree / "done")) return;
+    std::filesystem::remove_all(tree);
+    std::mt19937 random(1);
+    for (int i = 0; i < songs; ++i) {
+        const std::filesystem::path folder = tree / ("Album " + std::to_string(i / 12));
+        std::filesystem::create_directories(folder);
+        BenchMakeFile(folder / ("Track " + std::to_string(i % 12 + 1) + " - Song " + std::to_string(i) + ".mp3"),
+                      songBytes + random() % 65536, random);
+    }
+    std::filesystem::create_directories(tree / "Sides");
+    for (int i = 0; i < sides; ++i)
+        BenchMakeFile(tree / "Sides" / ("Side " + std::to_string(i + 1) + ".wav"), sideBytes, random);
+    std::ofstream(tree / "done");
+}
+
 inline uint64_t BenchTreeBytes(const std::filesystem::path& root) {
     uint64_t total = 0;
     for (const std::filesystem::directory_entry& entry : std::filesystem::recursive_directory_iterator(

@@ -10,9 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
-#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -50,20 +48,7 @@ double SyncSeconds(const std::string& command, const std::string& image, const f
 int main() {
     const fs::path root = fs::temp_directory_path() / "vinora-bench-disc";
     const fs::path tree = root / "Collection";
-    if (!fs::exists(tree / "done")) {
-        fs::remove_all(root);
-        std::mt19937 random(1);
-        for (int i = 0; i < kSongs; ++i) {
-            const fs::path folder = tree / ("Album " + std::to_string(i / 12));
-            fs::create_directories(folder);
-            BenchMakeFile(folder / ("Track " + std::to_string(i % 12 + 1) + " - Song " + std::to_string(i) + ".mp3"),
-                     kSongBytes + random() % 65536, random);
-        }
-        fs::create_directories(tree / "Sides");
-        for (int i = 0; i < kSides; ++i)
-            BenchMakeFile(tree / "Sides" / ("Side " + std::to_string(i + 1) + ".wav"), kSideBytes, random);
-        std::ofstream(tree / "done");
-    }
+    BenchMakeTree(tree, kSongs, kSongBytes, kSides, kSideBytes);
     const uint64_t bytes = BenchTreeBytes(tree);
     std::system(("find " + tree.string() + " -type f -print0 | xargs -0 cat > /dev/null").c_str());
     const std::string image = (root / "out.iso").string();
