@@ -4,18 +4,13 @@
 // also for half the tree (peak memory must not follow the files' total size). The image is
 // synced to the disk before it takes its name; with strace present, the time of that sync is
 // measured on its own (a further run that traces only fsync).
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "BenchCommand.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
-#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -25,52 +20,6 @@ constexpr int kSongs = 3000;
 constexpr size_t kSongBytes = 256 * 1024;
 constexpr int kSides = 4;
 constexpr size_t kSideBytes = 64u * 1024 * 1024;
-
-void MakeFile(const fs::path& path, size_t size, std::mt19937& random) {
-    std::vector<uint32_t> block(16384);
-    std::ofstream out(path, std::ios::binary);
-    for (size_t done = 0; done < size; done += block.size() * 4) {
-        for (uint32_t& value : block)
-            value = random();
-        out.write(reinterpret_cast<const char*>(block.data()),
-                  static_cast<std::streamsize>(std::min(size - done, block.size() * 4)));
-    }
-}
-
-uint64_t TreeBytes(const fs::path& root) {
-    uint64_t total = 0;
-    for (const fs::directory_entry& entry :
-         fs::recursive_directory_iterator(root, fs::directory_options::follow_directory_symlink))
-        if (entry.is_regular_file()) total += entry.file_size();
-    return total;
-}
-
-struct Run {
-    double seconds = 0;
-    long peakKiB = 0;
-    bool ok = false;
-};
-
-// Runs a shell command as a child and measures it alone, after the previous image is gone and
-// written back, so that no run pays for another's write-back.
-Run Measure(const std::string& command, const std::string& image) {
-    fs::remove(image);
-    sync();
-    const auto start = std::chrono::steady_clock::now();
-    const pid_t child = fork();
-    if (child == 0) {
-        execl("/bin/sh", "sh", "-c", (command + " >/dev/null 2>&1").c_str(), nullptr);
-        _exit(127);
-    }
-    int status = 0;
-    rusage usage {};
-    wait4(child, &status, 0, &usage);
-    Run run;
-    run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    run.peakKiB = usage.ru_maxrss;
-    run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    return run;
-}
 
 // The seconds vinora-cli spends in fsync while it writes the image, as strace times the calls;
 // negative when strace is not there.
@@ -94,35 +43,13 @@ double SyncSeconds(const std::string& command, const std::string& image, const f
     return total;
 }
 
-void Report(const char* name, const Run& run, uint64_t bytes) {
-    if (!run.ok) {
-        std::printf("%-34s failed\n", name);
-        return;
-    }
-    std::printf("%-34s %8.0f MB/s  (%.2f s, peak %ld MiB)\n", name, bytes / 1e6 / run.seconds,
-                run.seconds, run.peakKiB / 1024);
-}
-
 } // namespace
 
 int main() {
     const fs::path root = fs::temp_directory_path() / "vinora-bench-disc";
     const fs::path tree = root / "Collection";
-    if (!fs::exists(tree / "done")) {
-        fs::remove_all(root);
-        std::mt19937 random(1);
-        for (int i = 0; i < kSongs; ++i) {
-            const fs::path folder = tree / ("Album " + std::to_string(i / 12));
-            fs::create_directories(folder);
-            MakeFile(folder / ("Track " + std::to_string(i % 12 + 1) + " - Song " + std::to_string(i) + ".mp3"),
-                     kSongBytes + random() % 65536, random);
-        }
-        fs::create_directories(tree / "Sides");
-        for (int i = 0; i < kSides; ++i)
-            MakeFile(tree / "Sides" / ("Side " + std::to_string(i + 1) + ".wav"), kSideBytes, random);
-        std::ofstream(tree / "done");
-    }
-    const uint64_t bytes = TreeBytes(tree);
+    BenchMakeTree(tree, kSongs, kSongBytes, kSides, kSideBytes);
+    const uint64_t bytes = BenchTreeBytes(tree);
     std::system(("find " + tree.string() + " -type f -print0 | xargs -0 cat > /dev/null").c_str());
     const std::string image = (root / "out.iso").string();
     const std::string cli = VINORA_CLI;
@@ -136,15 +63,15 @@ int main() {
             if (entry.path().filename() != "Sides" && entry.is_directory())
                 fs::create_directory_symlink(entry.path(), half / entry.path().filename());
     }
-    Report("vinora-cli mkiso, songs only", Measure(cli + " mkiso " + image + " " + half.string(), image),
-           TreeBytes(half));
+    BenchReport("vinora-cli mkiso, songs only", BenchMeasureCommand(cli + " mkiso " + image + " " + half.string(), image),
+           BenchTreeBytes(half));
     const std::string hybrid = cli + " mkiso " + image + " " + tree.string();
-    Report("vinora-cli mkiso (hybrid)", Measure(hybrid, image), bytes);
+    BenchReport("vinora-cli mkiso (hybrid)", BenchMeasureCommand(hybrid, image), bytes);
     if (const double seconds = SyncSeconds(hybrid, image, root); seconds >= 0)
         std::printf("%-34s %8.2f s\n", "  of which the sync before rename", seconds);
-    Report("genisoimage -J -udf", Measure("genisoimage -quiet -J -udf -o " + image + " " + tree.string(), image),
+    BenchReport("genisoimage -J -udf", BenchMeasureCommand("genisoimage -quiet -J -udf -o " + image + " " + tree.string(), image),
            bytes);
-    Report("xorriso -as mkisofs -J", Measure("xorriso -as mkisofs -quiet -J -o " + image + " " + tree.string(), image),
+    BenchReport("xorriso -as mkisofs -J", BenchMeasureCommand("xorriso -as mkisofs -quiet -J -o " + image + " " + tree.string(), image),
            bytes);
     fs::remove(image);
     return 0;

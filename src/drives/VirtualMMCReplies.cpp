@@ -5,6 +5,7 @@
 #include "disc/SCSIBytes.h"
 
 #include <algorithm>
+#include <cstring>
 #include <initializer_list>
 
 namespace {
@@ -25,6 +26,13 @@ constexpr uint32_t kAtipLeadIn = 0x00611A42; // 97:26:66, the lead-in of a commo
 uint32_t MSF(uint32_t block) {
     const uint32_t frames = block + kCDLeadInOffset;
     return (frames / 4500) << 16 | (frames / 75 % 60) << 8 | frames % 75;
+}
+
+// Adds bytes at the end of a reply.
+void Append(std::vector<uint8_t>& reply, const uint8_t* bytes, size_t size) {
+    const size_t at = reply.size();
+    reply.resize(at + size);
+    if (size) std::memcpy(&reply[at], bytes, size);
 }
 
 // Kilobytes per second of "1x", and the write speeds offered, in "x".
@@ -154,8 +162,10 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::ReadTrackInformation(Call& call) {
                                                     &track == &tracks.back()));
         const bool byAddress = addressType == 0 && number >= track.start &&
                                number - track.start < track.size;
-        if (byNumber || byAddress) found = &track;
-        if (found) break;
+        if (byNumber || byAddress) {
+            found = &track;
+            break;
+        }
     }
     if (!found) return kInvalidField;
     const TrackView& track = *found;
@@ -218,7 +228,7 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::ReadTocPmaAtip(Call& call) {
     auto address = [&](uint32_t block) { return msf ? MSF(block) : block; };
     auto add = [&](uint8_t track, uint32_t start) {
         const uint8_t entry[8] = {0, 0x14, track, 0};
-        reply.insert(reply.end(), entry, entry + 8);
+        Append(reply, entry, sizeof entry);
         MMCPut32(&reply[reply.size() - 4], address(start));
     };
     if (format == 4) {
@@ -309,7 +319,7 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::GetConfiguration(Call& call) {
     if (bluRay) list.insert(list.begin(), {0x43, 0x41, 0x40});
     for (uint16_t each : list) {
         const uint8_t entry[4] = {uint8_t(each >> 8), uint8_t(each), uint8_t(each == profile), 0};
-        profiles.insert(profiles.end(), entry, entry + 4);
+        Append(profiles, entry, sizeof entry);
     }
     const LDiscMediaKind media = profile ? state.media : LDiscMediaKind::None;
     std::vector<Feature> features = {
@@ -341,8 +351,8 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::GetConfiguration(Call& call) {
         const uint8_t head[4] = {uint8_t(feature.code >> 8), uint8_t(feature.code),
                                  static_cast<uint8_t>(persistent << 1 | feature.current),
                                  uint8_t(feature.data.size())};
-        reply.insert(reply.end(), head, head + 4);
-        reply.insert(reply.end(), feature.data.begin(), feature.data.end());
+        Append(reply, head, sizeof head);
+        Append(reply, feature.data.data(), feature.data.size());
     }
     MMCPut32(&reply[0], uint32_t(reply.size() - 4));
     Reply(call, reply, MMCGet16(call.cdb + 7));
@@ -394,7 +404,7 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::ModeSense(Call& call) {
     std::vector<uint8_t> reply(8, 0);
     reply[2] = 0; // medium type
     auto add = [&](const std::vector<uint8_t>& bytes) {
-        reply.insert(reply.end(), bytes.begin(), bytes.end());
+        Append(reply, bytes.data(), bytes.size());
     };
     if (page == 0x05 || page == 0x3F) add(writePage_);
     if (page == 0x08 || page == 0x3F) add(cachingPage_);

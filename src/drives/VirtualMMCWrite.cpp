@@ -164,6 +164,9 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::Read(Call& call) {
 }
 
 LVirtualMMCDrive::Sense LVirtualMMCDrive::SynchronizeCache(Call& call) {
+    // What a drive's cache holds goes onto the disc: here the written blocks onto the file's
+    // storage, and the layout into the state file.
+    if (fd_ >= 0 && fdWritable_ && fdatasync(fd_) != 0) return kWriteError;
     Save(call.state, true);
     return kGood;
 }
