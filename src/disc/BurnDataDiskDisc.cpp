@@ -127,7 +127,6 @@ LProcessResult BurnToDisc(LProcessInterface& progress, LBurnDataDisk& job, const
     if (error.code) return Finish(progress, job, error, false);
 
     LHybridDataDisk builder(job.compilation, job.project, job.media, job.sourceImage, boot);
-    FindWriteStart(progress, job, device, info);
     if (job.sourceImage.empty()) builder.Start(LHybridDataDisk::kBuildPriority);
     const uint32_t estimate =
         job.sourceImage.empty() ? EstimatedSectors(job.compilation) : 0;
@@ -136,6 +135,8 @@ LProcessResult BurnToDisc(LProcessInterface& progress, LBurnDataDisk& job, const
         builder.StopThreadNow();
         return Finish(progress, job, error, false);
     }
+    // Read once the disc is as it will be written: an erase moves the writable start.
+    FindWriteStart(progress, job, device, info);
     if (!RunImageBuilder(progress, job, builder)) return BuilderResult(progress, job, builder);
     error = CheckCapacityAndSpeed(progress, job, device, info, builder);
     if (error.code) return Finish(progress, job, error, false);
