@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -28,12 +29,19 @@ class BurnProgress : public RecordingProgress {
 public:
     std::string error;
     const ScriptedDiscDrive* stopWhenWritten = nullptr;
+    // Runs when a status line first shows `onStatus`.
+    std::string onStatus;
+    std::function<void()> atStatus;
 
     bool IsToStop() override {
         if (stopWhenWritten && stopWhenWritten->written) return true;
         return RecordingProgress::IsToStop();
     }
     void SetError(const char* text) override { error = text; }
+    void SetStatus(const char* text, int line) override {
+        RecordingProgress::SetStatus(text, line);
+        if (atStatus && onStatus == text) std::exchange(atStatus, nullptr)();
+    }
 };
 
 // The device the job opens: the test's drive, which outlives it.
@@ -224,6 +232,28 @@ TEST_F(BurnDataDiskTest, TheDiscHoldsTheImageFileAndVerifiesAgainstIt) {
         EXPECT_EQ(std::count(opcodes.begin(), opcodes.end(), MMC_START_STOP_UNIT), 2) << kind.name;
         EXPECT_TRUE(disc.closed) << kind.name;
     }
+}
+
+TEST_F(BurnDataDiskTest, VerifyingWaitsForTheDiscToComeBack) {
+    SmallTree();
+    ScriptedDiscDrive& disc = Load(kDiscKinds[4]);
+    // The disc is out of the drive for a while once the burn is over.
+    progress.onStatus = "Verifying the burn";
+    progress.atStatus = [&disc] {
+        disc.script.insert(disc.script.begin(), Refuse({MMC_TEST_UNIT_READY}, {2, 0x3A, 0}, 4));
+    };
+    ASSERT_EQ(Burn([](LBurnDataDisk& j) {
+                  j.settings.verifyBurn = true;
+                  j.settings.cdLoadEject = true;
+              }),
+              PROCESS_DONE)
+        << progress.error;
+    const std::pair<std::string, int> asked("No disk in drive please insert a disk", 1);
+    EXPECT_NE(std::find(progress.statuses.begin(), progress.statuses.end(), asked), progress.statuses.end());
+    // Out after the burn, in to verify, out once more to take the disc.
+    const std::vector<uint8_t> opcodes = disc.Opcodes();
+    EXPECT_EQ(std::count(opcodes.begin(), opcodes.end(), MMC_START_STOP_UNIT), 3);
+    EXPECT_GT(std::count(opcodes.begin(), opcodes.end(), MMC_READ_10), 0);
 }
 
 TEST_F(BurnDataDiskTest, FaultsEndWithTheirCodeAndText) {
