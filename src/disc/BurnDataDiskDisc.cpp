@@ -7,6 +7,7 @@
 #include "disc/SectorTargets.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace {
 
@@ -20,10 +21,16 @@ bool Written(const BurnErrorCode& error) {
     return error.code == 0 || error.code == 41;
 }
 
-// The image's size in sectors as far as it is known before the build ends.
-uint32_t EstimatedSectors(LAbstractFileSystem& compilation) {
+// The image's size in sectors as far as it is known before the build ends: an existing image's
+// own size, or the files' with room for the file systems.
+uint32_t EstimatedSectors(const LBurnDataDisk& job) {
+    if (!job.sourceImage.empty()) {
+        std::error_code error;
+        const uintmax_t bytes = std::filesystem::file_size(job.sourceImage, error);
+        return error ? 0 : static_cast<uint32_t>(std::min<uintmax_t>(bytes / 2048, 0xFFFFFFFFu));
+    }
     uint64_t bytes = 0;
-    compilation.ForEachItem([&bytes](LAbstractBurnFile& item) {
+    job.compilation.ForEachItem([&bytes](LAbstractBurnFile& item) {
         if (!item.folder) bytes += (item.size + kSectorSize - 1) / kSectorSize * kSectorSize;
     });
     return static_cast<uint32_t>(std::min<uint64_t>((bytes + kFileSystemAllowance + 2047) / 2048,
@@ -128,9 +135,8 @@ LProcessResult BurnToDisc(LProcessInterface& progress, LBurnDataDisk& job, const
 
     LHybridDataDisk builder(job.compilation, job.project, job.media, job.sourceImage, boot);
     if (job.sourceImage.empty()) builder.Start(LHybridDataDisk::kBuildPriority);
-    const uint32_t estimate =
-        job.sourceImage.empty() ? EstimatedSectors(job.compilation) : 0;
-    error = ProcessEraseDiskIfNeeded(progress, job, device, info, estimate, job.capabilities);
+    error = ProcessEraseDiskIfNeeded(progress, job, device, info, EstimatedSectors(job),
+                                     job.capabilities);
     if (error.code) {
         builder.StopThreadNow();
         return Finish(progress, job, error, false);
