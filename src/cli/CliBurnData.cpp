@@ -4,6 +4,7 @@
 #include "burn/BurnMediaTypes.h"
 #include "burn/DiskBurnSettings.h"
 #include "disc/BurnDataDisk.h"
+#include "disc/FormatText.h"
 #include "drives/SystemDiscService.h"
 
 #include <cstdio>
@@ -90,8 +91,12 @@ int CliBurnData(const CliArgs& args) {
         return PROCESS_STOPPED;
     }
     if (result == PROCESS_FAILED) {
-        std::fprintf(stderr, "vinora-cli burn-data: %s\n",
-                     job.errorText.empty() ? job.error.Describe().c_str() : job.errorText.c_str());
+        std::string text = job.errorText.empty() ? job.error.Describe() : job.errorText;
+        // The drive's own reason, for a failing drive command.
+        if (job.error.senseKey)
+            text += LFormatText(" (sense %X/%02X/%02X)", job.error.senseKey,
+                                job.error.additionalSenseCode, job.error.additionalSenseCodeQualifier);
+        std::fprintf(stderr, "vinora-cli burn-data: %s\n", text.c_str());
         return PROCESS_FAILED;
     }
     char media[32];

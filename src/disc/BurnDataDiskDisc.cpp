@@ -49,7 +49,9 @@ BurnErrorCode WaitForDiscToVerify(LProcessInterface& progress, LBurnDataDisk& jo
     progress.SetProgress(0);
     progress.SetStatus("Verifying the burn", 0);
     progress.SetStatus("Please close the drive if it stays open", 1);
-    BurnErrorCode error = ProcessSCSIWaitUnitReady(progress, device, false, kVerifyFirstWaitMs);
+    // A drive busy with the end of the burn gets its time; an open tray (no disc) ends the wait
+    // at once, as the tray is closed next.
+    BurnErrorCode error = ProcessSCSIWaitUnitReady(progress, device, true, kVerifyFirstWaitMs);
     if (error.code == kSCSIStopped) return error;
     if (ProcessSCSIWaitMechanismReady(progress, device, kVerifyMechanismWaitMs).code == kSCSIStopped)
         return BurnErrorCode(kSCSIStopped);
@@ -103,7 +105,8 @@ BurnErrorCode CheckCapacityAndSpeed(LProcessInterface& progress, LBurnDataDisk& 
 LProcessResult Finish(LProcessInterface& progress, LBurnDataDisk& job, const BurnErrorCode& error,
                       bool writing) {
     if (error.code == 0) return PROCESS_DONE;
-    if (error.code == 1 && !writing) {
+    // A stop before writing; a refusal shown to the user with code 1 is a failure.
+    if (error.code == 1 && !writing && job.errorText.empty()) {
         job.error = error;
         return PROCESS_STOPPED;
     }

@@ -33,15 +33,19 @@ std::string MediaName(int media) {
     return GetMediaTypeString(media, name);
 }
 
+// The media's category by the first letter of its name: 0 CD, 1 DVD, 2 HD DVD, 3 Blu-ray.
+int MediaCategory(int media) {
+    switch (MediaName(media)[0]) {
+    case 'D': return 1;
+    case 'H': return 2;
+    case 'B': return 3;
+    default: return 0;
+    }
+}
+
 // The project for the media's kind when the project is one for any disc.
 int SettleProject(int project, int media) {
-    int kind = 0;
-    switch (MediaName(media)[0]) {
-    case 'D': kind = 1; break;
-    case 'H': kind = 2; break;
-    case 'B': kind = 3; break;
-    default: kind = 0; break;
-    }
+    const int kind = MediaCategory(media);
     static constexpr int kISO[] = {PROJECT_ISO_JOLIET_CD, PROJECT_ISO_JOLIET_DVD, PROJECT_ISO_HDDVD,
                                    PROJECT_ISO_BLURAY};
     static constexpr int kUDF[] = {PROJECT_UDF_CD, PROJECT_UDF_DVD, PROJECT_UDF_HDDVD,
@@ -59,16 +63,6 @@ bool CanWriteCategory(const DriveCapabilities& c, int category) {
     case 2: return c.canWriteHDDVD;
     case 3: return c.canWriteBD;
     default: return c.canWriteCDR || c.canWriteCDRW;
-    }
-}
-
-// The first drive error of a media kind's category: 16 (CD), 20 (loaded disk not a DVD)...
-BurnErrorCodeValue CategoryError(BurnErrorCodeValue cd, int category) {
-    switch (category) {
-    case 1: return cd + 1;
-    case 2: return cd + 2;
-    case 3: return cd + 3;
-    default: return cd;
     }
 }
 
@@ -165,8 +159,10 @@ BurnErrorCode ProcessCheckDriveAndDisk(LProcessInterface& progress, LBurnDataDis
     if (error.code) return error;
     error = ProcessSCSIGetDeviceCapabilities(progress, device, capabilities);
     if (error.code) return error;
-    const int category = GetProjectMediaCategory(job.project);
-    if (!CanWriteCategory(capabilities, category)) return BurnErrorCode(CategoryError(16, category));
+    // A project for any disc ("hybrid Disk") takes the category of the disc loaded.
+    const int category = job.project >= PROJECT_ISO_DISK ? MediaCategory(job.media)
+                                                         : GetProjectMediaCategory(job.project);
+    if (!CanWriteCategory(capabilities, category)) return BurnErrorCode(16 + category);
     if (job.media != MEDIA_NO_DISK && !IsMediaMatchProject(job.media, job.project)) {
         char project[32];
         ShowBurnDataDiskError(progress, job, LFormatText("The disk type being burned is a %s and you have loaded a %s. "
