@@ -2,7 +2,8 @@
 // the Virtual Burner's blank DVD+RW, without and with read-back verification, beside vinora-cli
 // mkiso of the same tree in the same run, page cache warm: MB/s of the tree and peak memory.
 // The disc is written through the SCSI layer and the virtual MMC drive into a file, so the
-// difference to mkiso is what the command layer and the drive add.
+// difference to mkiso is what the command layer and the drive add. Each figure is the better
+// of two runs: the machine may be busy with other work.
 #include "BenchCommand.h"
 
 #include <cstdio>
@@ -13,6 +14,17 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+// The faster of two runs of a command, each after `prepare`.
+template <typename Prepare>
+BenchRun BestOfTwo(const std::string& command, const std::string& output, Prepare prepare) {
+    prepare();
+    const BenchRun first = BenchMeasureCommand(command, output);
+    prepare();
+    const BenchRun second = BenchMeasureCommand(command, output);
+    if (!first.ok || !second.ok) return first.ok ? second : first;
+    return first.seconds <= second.seconds ? first : second;
+}
 
 constexpr int kSongs = 2000;
 constexpr size_t kSongBytes = 512 * 1024;
@@ -39,17 +51,17 @@ int main() {
     std::printf("tree: %d files, %.0f MB\n", kSongs + kSides, bytes / 1e6);
     const std::string image = (root / "out.iso").string();
     BenchReport("vinora-cli mkiso (hybrid DVD)",
-                BenchMeasureCommand(cli + " mkiso " + image + " --project 9 " + tree.string(), image), bytes);
+                BestOfTwo(cli + " mkiso " + image + " --project 9 " + tree.string(), image, [] {}), bytes);
     fs::remove(image);
 
     const std::string disc = (root / "disc").string();
     const std::string burn = "VINORA_VIRTUAL_BURNER=dvd+rw:" + disc + " " + cli + " burn-data --project 9 " +
                              tree.string();
-    fs::remove(disc + ".state");
-    const BenchRun written = BenchMeasureCommand(burn, disc);
+    // Each burn gets a blank disc.
+    const auto blank = [&] { fs::remove(disc + ".state"); };
+    const BenchRun written = BestOfTwo(burn, disc, blank);
     BenchReport("burn-data to dvd+rw", written, bytes);
-    fs::remove(disc + ".state");
-    const BenchRun verified = BenchMeasureCommand(burn + " --verify", disc);
+    const BenchRun verified = BestOfTwo(burn + " --verify", disc, blank);
     BenchReport("burn-data --verify to dvd+rw", verified, bytes);
     if (written.ok && verified.ok && verified.seconds > written.seconds)
         std::printf("%-34s %8.0f MB/s\n", "  of which the verification",

@@ -127,13 +127,16 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::ReadDiscInformation(Call& call) {
         sessions = complete ? state.sessions : state.sessions + 1;
         firstInLast = state.sessionFirstTrack;
         lastInLast = uint32_t(tracks.size());
-        const uint32_t sessionStart = tracks[std::min<size_t>(firstInLast, tracks.size()) - 1].start;
-        if (complete)
+        if (complete) {
             leadIn = leadOut = 0xFFFFFFFF;
-        else if (IsCD(state.media))
-            leadIn = blank ? kAtipLeadIn : MSF(sessionStart), leadOut = MSF(state.capacity);
-        else
-            leadIn = sessionStart, leadOut = state.capacity;
+        } else {
+            // An open disc always has its invisible track, the last of the list.
+            const uint32_t sessionStart = tracks[std::clamp<size_t>(firstInLast, 1, tracks.size()) - 1].start;
+            if (IsCD(state.media))
+                leadIn = blank ? kAtipLeadIn : MSF(sessionStart), leadOut = MSF(state.capacity);
+            else
+                leadIn = sessionStart, leadOut = state.capacity;
+        }
     }
     reply[2] = static_cast<uint8_t>(IsRewritable(state.media) << 4 | lastSessionState << 2 |
                                     discStatus);

@@ -389,6 +389,17 @@ TEST_F(VirtualMMC, SessionsAndTracksSurviveTheProcessAndAppendAtTheNextWritableA
     EXPECT_EQ(ReadBlocks(40, 20), Pattern(40, 20));
     EXPECT_EQ(ReadBlocks(320, 16), Pattern(320, 16));
     EXPECT_EQ(Run(CDBReadTrackInformation(255, 36), {}, 36), "5/24/00");
+
+    // A state written before the drive kept tracks: a used disc without a layout.
+    device.Close();
+    std::ofstream(path + ".state") << "setting=cd-r:" << path << "\nmedia=cd-r\ntray=closed\n"
+                                   << "status=complete\nused=4500\ncapacity=359847\n";
+    Load("cd-r");
+    EXPECT_EQ(Info().discStatus, DISC_COMPLETE);
+    LSCSICDB toc(MMC_READ_TOC_PMA_ATIP);
+    toc.bytes[8] = 12;
+    EXPECT_EQ(Run(toc, {}, 12), "5/24/00");
+    EXPECT_EQ(Run(CDBWrite10(4500, 1), Pattern(4500, 1)), "5/21/02");
 }
 
 TEST_F(VirtualMMC, DescribesItselfAndTheDisc) {
