@@ -300,9 +300,14 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::ReadDiscStructure(Call& call) {
 }
 
 LVirtualMMCDrive::Sense LVirtualMMCDrive::ReadCapacity(Call& call) {
-    if (call.state.used == 0) return kIncompatibleMedium;
+    const State& state = call.state;
+    // A formatted rewritable is addressable over its whole formatted area, written or not;
+    // other discs end at their last recorded block.
+    const bool formatted = !Sequential(state.media) && state.format != LVirtualFormat::None;
+    const uint32_t blocks = formatted ? state.capacity : state.used;
+    if (blocks == 0) return kIncompatibleMedium;
     std::vector<uint8_t> reply(8, 0);
-    MMCPut32(&reply[0], call.state.used - 1);
+    MMCPut32(&reply[0], blocks - 1);
     MMCPut32(&reply[4], kBlockLength);
     Reply(call, reply, reply.size());
     return kGood;

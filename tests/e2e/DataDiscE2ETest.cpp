@@ -74,3 +74,20 @@ TEST_F(DataDiscE2E, BurntDVDPlusREqualsTheImageAndReadsBackWithEveryTool) {
         << said;
     EXPECT_EQ(RunCommand("md5sum < " + ShellQuote(disc)), before);
 }
+
+TEST_F(DataDiscE2E, UsedRewritablesAreErasedThenBurntAndVerified) {
+    const fs::path tree = home.Path() / "Small";
+    WriteTreeFile(tree / "Side A" / "track.wav", RandomBytes(300000, 6));
+    int status = -1;
+    Cli("settings set CDRecorder CDLoadEject 0", &status);
+    for (const char* media : {"cd-rw", "dvd-rw", "dvd+rw", "bd-re"}) {
+        SCOPED_TRACE(media);
+        const fs::path disc = home.Path() / (std::string("disc-") + media);
+        const std::string burner = "VINORA_VIRTUAL_BURNER=" +
+                                   ShellQuote(std::string(media) + ":" + disc.string() + ",used") + " ";
+        const std::string said = Cli("burn-data Small --erase --verify", &status, burner);
+        EXPECT_EQ(status, 0) << said;
+        const fs::path work = home.Path() / (std::string("read-") + media);
+        EXPECT_EQ(ExpectExtractedTree(disc, tree, home.Path(), work).size(), 1u);
+    }
+}
