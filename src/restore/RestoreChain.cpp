@@ -57,6 +57,8 @@ LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& so
     if (choices.equalization)
         stage("Equalize...", [&] { return ProcessRIAAEqCalculate(progress, source); });
     if (choices.normalization)
-        step("Normalize...", [&] { return ProcessNormalize(progress, source, kNormalizePercent); });
+        step("Normalize...", [&] {
+            return ProcessNormalizeKeepingPass(progress, source, kNormalizePercent);
+        });
     return result;
 }
