@@ -101,6 +101,12 @@ TEST(Normalize, KeepingTheMeasuredPassGivesWhatReadingAgainGives) {
         again->Seek(0);
         EXPECT_EQ(ReadAll(kept, 40000), ReadAll(again, 40000)) << memoryBytes;
     }
+    // A stop leaves the source in place.
+    LSoundSource source = stages();
+    const LSoundSource original = source;
+    progress.stopAfter = progress.stopQueries + 3;
+    EXPECT_EQ(ProcessNormalizeKeepingPass(progress, source, 80, 0), PROCESS_STOPPED);
+    EXPECT_EQ(source.Get(), original.Get());
 }
 
 // Keeps the status texts the chain shows.
