@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <system_error>
 
 LPipe16Sink::LPipe16Sink(const char* command, int sampleRate, unsigned char channels,
                          const char* outputPath)
@@ -17,14 +18,19 @@ LPipe16Sink::LPipe16Sink(const char* command, int sampleRate, unsigned char chan
         error_ |= 1;
         return;
     }
-    feeder_ = std::thread([this] { Feed(); });
+    try {
+        feeder_ = std::thread([this] { Feed(); });
+    } catch (const std::system_error&) {
+        LOGERROR("Could not start the thread that feeds the command: %s", command);
+        error_ |= 1;
+    }
 }
 
 LPipe16Sink::~LPipe16Sink() {
     if (!pipe_.IsOpen()) return;
     closing_ = true;
     ring_.DataAvailable().Signal();
-    feeder_.join();
+    if (feeder_.joinable()) feeder_.join();
     SetBroken();
     // -1: killed by a signal.
     const int status = pipe_.Close();

@@ -1,6 +1,7 @@
 #include "sound/ReadAhead.h"
 
 #include <algorithm>
+#include <system_error>
 
 LSRCReadAhead::LSRCReadAhead(LSoundSource& source)
     : LSoundProcessBase(source), position_(source->GetPositionSample()),
@@ -36,9 +37,19 @@ void LSRCReadAhead::StopFilling() {
 }
 
 void LSRCReadAhead::Read(int* buffer, int frames) {
-    if (!filling_) {
-        filling_ = true;
-        filler_ = std::thread([this] { Fill(); });
+    if (!filling_ && !direct_) {
+        try {
+            filler_ = std::thread([this] { Fill(); });
+            filling_ = true;
+        } catch (const std::system_error&) {
+            // No thread to be had: the source is read on the reader's thread.
+            direct_ = true;
+        }
+    }
+    if (direct_) {
+        inner_->Read(buffer, frames);
+        position_ += frames;
+        return;
     }
     unsigned char* out = reinterpret_cast<unsigned char*>(buffer);
     for (unsigned long wanted = static_cast<unsigned long>(frames) * channels_ * sizeof(int);

@@ -36,6 +36,7 @@ private:
     int position_;
     int end_; // the source's, when the stage was made
     bool filling_ = false; // the thread was started and not stopped since
+    bool direct_ = false;  // no thread could be started: reads go straight to the source
     std::vector<int> block_; // the thread's block; the ring is emptied through it when stopped
     LBucket ring_;
     std::atomic<bool> stop_ = false;
