@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -78,6 +79,10 @@ bool LPipeOut::Open(const char* command) {
         return false;
     }
     fd_ = ends[1];
+    fcntl(fd_, F_SETPIPE_SZ, kPipeBytes);
+    fcntl(fd_, F_SETFL, fcntl(fd_, F_GETFL) | O_NONBLOCK);
+    const long long pipeBytes = std::max(fcntl(fd_, F_GETPIPE_SZ), 4096);
+    fullWaitNs_ = static_cast<long>(pipeBytes * 1000000000LL / 4 / kFastestReaderBytes);
     return true;
 }
 
@@ -89,6 +94,11 @@ bool LPipeOut::Write(const void* data, std::size_t length) {
         const ssize_t written = write(fd_, next, length);
         if (written < 0) {
             if (errno == EINTR) continue;
+            if (errno == EAGAIN) {
+                const timespec wait{0, fullWaitNs_};
+                nanosleep(&wait, nullptr);
+                continue;
+            }
             if (errno == EPIPE) block.Raised();
             return false;
         }

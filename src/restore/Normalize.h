@@ -26,3 +26,12 @@ LProcessResult Process(LProcessInterface& progress, LProcessNormalize& job);
 
 // Replaces the source by its normalised stream.
 LProcessResult ProcessNormalize(LProcessInterface& progress, LSoundSource& source, int percent);
+
+// What the kept measuring pass holds in memory at most; the rest goes to a temporary file.
+inline constexpr int kKeptPassMemoryBytes = 24 << 20;
+
+// The same for a source whose stages are costly: what the measurement reads is kept (see
+// LSRCKeptPass) and the normalised stream replays it, so the stages run once. A source that is
+// not at its start, or a pass that cannot be kept (no room for the file), is read again instead.
+LProcessResult ProcessNormalizeKeepingPass(LProcessInterface& progress, LSoundSource& source,
+                                           int percent, int memoryBytes = kKeptPassMemoryBytes);

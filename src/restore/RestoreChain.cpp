@@ -8,6 +8,7 @@
 #include "restore/Normalize.h"
 #include "restore/PitchSpeed.h"
 #include "restore/RIAA.h"
+#include "sound/ReadAhead.h"
 
 namespace {
 
@@ -28,23 +29,36 @@ LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& so
         ConvertNotify().SetStatusText(text);
         result = run();
     };
+    // The stages do their work when the output is written, and once before that when
+    // normalisation measures the peak. The last stage runs on the reader's thread while
+    // everything below it is read ahead on a thread of its own, so the chain uses two
+    // processors.
+    const int stages = choices.highPass + (choices.recordSpeed == 1 || choices.recordSpeed == 2) +
+                       choices.clickPop + choices.noiseReduce + choices.equalization;
+    int built = 0;
+    auto stage = [&](const char* text, auto run) {
+        if (result == PROCESS_DONE && ++built == stages) source = LSPReadAhead().OpenSource(source);
+        step(text, run);
+    };
 
     if (choices.dcOffset)
         step("DC Offset...", [&] { return ProcessDCOffset(progress, source); });
     if (choices.highPass)
-        step("HPF...", [&] { return ProcessLowCutFilter(progress, source, kLowCutHz); });
+        stage("HPF...", [&] { return ProcessLowCutFilter(progress, source, kLowCutHz); });
     if (choices.recordSpeed == 1)
-        step("33RPM Convert...", [&] { return ProcessConvert45To33RPM(progress, source); });
+        stage("33RPM Convert...", [&] { return ProcessConvert45To33RPM(progress, source); });
     else if (choices.recordSpeed == 2)
-        step("78RPM Convert...", [&] { return ProcessConvert78To45RPM(progress, source); });
+        stage("78RPM Convert...", [&] { return ProcessConvert78To45RPM(progress, source); });
     if (choices.clickPop)
-        step("Click Pop...", [&] { return ProcessClickPop(progress, source); });
+        stage("Click Pop...", [&] { return ProcessClickPop(progress, source); });
     if (choices.noiseReduce)
-        step("Noise Reduce...",
+        stage("Noise Reduce...",
              [&] { return ProcessNoiseReduction(progress, source, kNoiseLevelDB); });
     if (choices.equalization)
-        step("Equalize...", [&] { return ProcessRIAAEqCalculate(progress, source); });
+        stage("Equalize...", [&] { return ProcessRIAAEqCalculate(progress, source); });
     if (choices.normalization)
-        step("Normalize...", [&] { return ProcessNormalize(progress, source, kNormalizePercent); });
+        step("Normalize...", [&] {
+            return ProcessNormalizeKeepingPass(progress, source, kNormalizePercent);
+        });
     return result;
 }

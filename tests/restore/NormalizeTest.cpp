@@ -2,10 +2,14 @@
 
 #include "platform/Settings.h"
 #include "restore/ConvertNotify.h"
+#include "restore/HighPassFilter.h"
+#include "restore/NoiseGates.h"
+#include "restore/RIAA.h"
 #include "restore/RestoreChain.h"
 #include "support/BufferSource.h"
 #include "support/RecordingProgress.h"
 #include "support/TempHome.h"
+#include "support/ToneSignals.h"
 
 #include <gtest/gtest.h>
 
@@ -69,6 +73,40 @@ TEST(Normalize, GainIsLimitedAndSilenceStopOrErrorLeaveTheSource) {
 
     LSoundSource broken;
     EXPECT_EQ(ProcessNormalize(progress, broken, 80), PROCESS_FAILED);
+}
+
+// Keeping the measured pass (in memory, in the temporary file, or split between them) writes
+// exactly what measuring and then reading the stages again writes, past the end too, and again
+// after a seek to the start.
+TEST(Normalize, KeepingTheMeasuredPassGivesWhatReadingAgainGives) {
+    constexpr int kFrames = 100000;
+    RecordingProgress progress;
+    auto stages = [&] {
+        LSoundSource source = MakeSineSource(44100, 2, 440, 100000, kFrames);
+        EXPECT_EQ(ProcessLowCutFilter(progress, source, 150), PROCESS_DONE);
+        EXPECT_EQ(ProcessNoiseReduction(progress, source, -36), PROCESS_DONE);
+        EXPECT_EQ(ProcessRIAAEqCalculate(progress, source), PROCESS_DONE);
+        return source;
+    };
+    const int frameBytes = 2 * sizeof(int);
+    for (int memoryBytes : {kKeptPassMemoryBytes, 30000 * frameBytes, 0}) {
+        LSoundSource again = stages();
+        LSoundSource kept = stages();
+        ASSERT_EQ(ProcessNormalize(progress, again, 80), PROCESS_DONE);
+        ASSERT_EQ(ProcessNormalizeKeepingPass(progress, kept, 80, memoryBytes), PROCESS_DONE);
+        EXPECT_EQ(kept->GetEndSample(), kFrames);
+        const int past = kFrames + 100000; // beyond what was kept past the end
+        EXPECT_EQ(ReadAll(kept, past, 1260), ReadAll(again, past, 1260)) << memoryBytes;
+        kept->Seek(0);
+        again->Seek(0);
+        EXPECT_EQ(ReadAll(kept, 40000), ReadAll(again, 40000)) << memoryBytes;
+    }
+    // A stop leaves the source in place.
+    LSoundSource source = stages();
+    const LSoundSource original = source;
+    progress.stopAfter = progress.stopQueries + 3;
+    EXPECT_EQ(ProcessNormalizeKeepingPass(progress, source, 80, 0), PROCESS_STOPPED);
+    EXPECT_EQ(source.Get(), original.Get());
 }
 
 // Keeps the status texts the chain shows.
