@@ -4,6 +4,7 @@
 
 #include "drives/SystemDiscService.h"
 #include "drives/VirtualBurner.h"
+#include "jobs/PlainMainQueue.h"
 #include "jobs/ProcessInterfaceVoid.h"
 #include "jobs/ScriptedUserInteraction.h"
 #include "platform/Log.h"
@@ -159,6 +160,27 @@ TEST_F(BurnFromListTest, DiscTotalsCountTheSelectionOrEveryRow) {
     SetDiscService(nullptr);
     dialog.UpdateMainWindowCDInfo(true);
     EXPECT_TRUE(dialog.StatusPane(2).ends_with(" / No Burner Found")) << dialog.StatusPane(2);
+}
+
+TEST_F(BurnFromListTest, DiscEventsRefreshTheTotals) {
+    LPlainMainQueue queue;
+    LMainThreadQueue::SetCurrent(&queue);
+    ThreeRows();
+    LUserSettingSet<int>("OutputFormat", "OutputFormatNum", 4);
+    dialog.InitDialog();
+    const std::string full = "0:00:04.00 / " + CapacityText(Disc().FreeBlocks(), 4);
+    EXPECT_EQ(dialog.StatusPane(2), full);
+    // The listener's first report only learns what the drives hold.
+    Disc().SetTrayOpen(false);
+    queue.RunPending();
+    Disc().SetTrayOpen(true);
+    EXPECT_TRUE(queue.RunUntil([&] { return dialog.StatusPane(2) == "0:00:04.00 / No Disc in Drive"; }, 3000))
+        << dialog.StatusPane(2);
+    Disc().Insert(LDiscMediaKind::CDR, false);
+    EXPECT_TRUE(queue.RunUntil([&] { return dialog.StatusPane(2) == full; }, 3000))
+        << dialog.StatusPane(2);
+    dialog.Shutdown();
+    LMainThreadQueue::SetCurrent(nullptr);
 }
 
 TEST_F(BurnFromListTest, AnAudioCDTakesEveryRowInListOrderAndAnotherCopyOnYes) {
