@@ -1,5 +1,5 @@
 #include "cli/CliAudioFiles.h"
-#include "cli/CliJobProgress.h"
+#include "cli/CliDiscOptions.h"
 #include "cli/Commands.h"
 
 #include "burn/DiskBurnSettings.h"
@@ -14,32 +14,6 @@
 #include <filesystem>
 
 namespace {
-
-// Job progress for burns and erases: besides the terminal's percentage, every new status text
-// goes to stderr as a line of its own, so that a script or a log sees what the drive is doing
-// ("Please insert a media ...").
-class CliDiscProgress : public CliJobProgress {
-public:
-    void SetStatus(const char* text, int line) override {
-        CliJobProgress::SetStatus(text, line);
-        std::string& last = lines_[line == 0 ? 0 : 1];
-        if (!*text || last == text) return;
-        last = text;
-        std::fprintf(stderr, "%s\n", text);
-    }
-
-private:
-    std::string lines_[2];
-};
-
-// "--drive N": a drive index; false when the text is not one.
-bool ParseDrive(const std::string& text, uint8_t& drive) {
-    char* end = nullptr;
-    const long value = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end || value < 0 || value > 254) return false;
-    drive = uint8_t(value);
-    return true;
-}
 
 // The options every disc command shares: --drive N, and the flags it accepts.
 struct DiscOptions {

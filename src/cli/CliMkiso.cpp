@@ -1,4 +1,4 @@
-#include "cli/CliJobProgress.h"
+#include "cli/CliDiscOptions.h"
 #include "cli/Commands.h"
 
 #include "burn/BurnMediaTypes.h"
@@ -18,16 +18,6 @@ constexpr const char* kUsage =
     "  1 (Video DVD) and 17 (UDF Disk) are not made into image files;\n"
     "  --from copies an existing image file; an existing OUT is replaced only when it is an\n"
     "  .iso or .img file\n";
-
-bool ParseProject(const std::string& text, int& project) {
-    char* end = nullptr;
-    const long value = std::strtol(text.c_str(), &end, 10);
-    // An audio CD is not a data disc.
-    if (end == text.c_str() || *end || value <= PROJECT_AUDIO_CD || value > PROJECT_HYBRID_DISK)
-        return false;
-    project = static_cast<int>(value);
-    return true;
-}
 
 // Why a project cannot be made into an image file; null when it can.
 const char* ProjectNotBuilt(int project) {
@@ -81,13 +71,7 @@ int CliMkiso(const CliArgs& args) {
         std::fprintf(stderr, "vinora-cli mkiso: %s\n", reason);
         return 2;
     }
-    for (const std::string& path : paths) {
-        std::string error;
-        if (!compilation.AddPath(path, error)) {
-            std::fprintf(stderr, "vinora-cli mkiso: %s\n", error.c_str());
-            return 2;
-        }
-    }
+    if (!CliAddPaths(compilation, paths, "mkiso")) return 2;
     LBurnDataDisk job(compilation, args[0], project);
     job.sourceImage = source;
     job.bootImage = boot;

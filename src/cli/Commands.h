@@ -25,5 +25,6 @@ int CliJoin(const CliArgs& args);
 int CliMkiso(const CliArgs& args);
 int CliDrives(const CliArgs& args);
 int CliBurnAudio(const CliArgs& args);
+int CliBurnData(const CliArgs& args);
 int CliErase(const CliArgs& args);
 int CliEject(const CliArgs& args);

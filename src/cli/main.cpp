@@ -38,6 +38,9 @@ const CliCommand kCommands[] = {
     {"mkiso", CliMkiso, "mkiso OUT.iso [--label L] [--project N] [--boot FILE] PATH..."},
     {"drives", CliDrives, "drives"},
     {"burn-audio", CliBurnAudio, "burn-audio FILE... [--drive N] [--erase]"},
+    {"burn-data", CliBurnData,
+     "burn-data PATH... [--drive N] [--label L] [--project N] [--verify] [--erase]\n"
+     "                    [--speed X] [--from IMAGE]"},
     {"erase", CliErase, "erase [--drive N] [--full]"},
     {"eject", CliEject, "eject [--drive N]"},
 };

@@ -1,6 +1,8 @@
 #include "disc/BurnDataDisk.h"
 
 #include "burn/BurnMediaTypes.h"
+#include "disc/BurnDataDiskSteps.h"
+#include "disc/FormatText.h"
 #include "disc/HybridDataDisk.h"
 #include "platform/AtomicFile.h"
 #include "platform/File.h"
@@ -20,23 +22,6 @@
 namespace {
 
 constexpr unsigned int kBuildWaitMs = 100;
-
-std::string Format(const char* format, const std::string& path) {
-    char text[1024];
-    std::snprintf(text, sizeof text, format, path.c_str());
-    return text;
-}
-
-LProcessResult Fail(LProcessInterface& progress, LBurnDataDisk& job, const BurnErrorCode& error) {
-    job.error = error;
-    progress.SetError(job.error.Describe().c_str());
-    return PROCESS_FAILED;
-}
-
-LProcessResult Fail(LProcessInterface& progress, LBurnDataDisk& job, BurnErrorCodeValue code,
-                    const std::string& text) {
-    return Fail(progress, job, BurnErrorCode(code, text.c_str()));
-}
 
 bool Readable(const std::string& path) {
     return LFile(_OpenRead(path.c_str(), 1000)).IsOpen();
@@ -103,54 +88,97 @@ private:
     std::string path_;
 };
 
-} // namespace
-
-LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
-    job.error = BurnErrorCode();
-    const char* title = "Writing to ISO Image";
-    progress.SetStatus(title, 0);
-    if (!job.sourceImage.empty() && !Readable(job.sourceImage))
-        return Fail(progress, job, 1, Format("Cannot open the source ISO file \"%s\".", job.sourceImage));
-    if (job.sourceImage.empty() && job.compilation.Root().children.empty())
-        return Fail(progress, job, 1, "Disk Write failed because there are no files to write.");
-    const std::string boot = job.bootImage.empty() ? job.settings.bootableSectors : job.bootImage;
-    if (!boot.empty() && !Readable(boot))
-        return Fail(progress, job, 1, Format("Cannot open the source ISO file \"%s\".", boot));
+// Writes the image file.
+LProcessResult BurnToImageFile(LProcessInterface& progress, LBurnDataDisk& job,
+                               const std::string& boot) {
     std::string refusal;
     const bool replace = ExistingImage(job.outputImage, refusal);
-    if (!refusal.empty()) return Fail(progress, job, 5, refusal);
+    if (!refusal.empty()) return FailBurnDataDisk(progress, job, BurnErrorCode(5, refusal.c_str()));
     if (progress.IsToStop()) return PROCESS_STOPPED;
     progress.SetProgressIndeterminateOn();
 
+    job.media = MEDIA_IMAGE_FILE;
     LHybridDataDisk builder(job.compilation, job.project, MEDIA_IMAGE_FILE, job.sourceImage, boot);
     PartialImage out(job.outputImage);
     if (!out.IsOpen())
-        return Fail(progress, job, 1,
-                    Format("Cannot open the ISO file to write \"%s\".", job.outputImage));
-
+        return FailBurnDataDisk(progress, job, 1,
+                                LFormatText("Cannot open the ISO file to write \"%s\".",
+                                            job.outputImage.c_str()));
     if (job.sourceImage.empty()) builder.Start(LHybridDataDisk::kBuildPriority);
-    else builder.Build();
-    progress.SetStatus("Generating file system", 0);
-    progress.SetStatus("Please wait...", 1);
-    while (job.sourceImage.empty() && builder.IsRunning() && !builder.Done().IsSignaled()) {
-        if (progress.ProcessWaitSignal(builder.Done(), kBuildWaitMs) == WAIT_STOPPED) {
-            builder.StopThreadNow();
-            return PROCESS_STOPPED;
-        }
-    }
-    builder.StopThreadNow();
-    if (builder.Error().code != 0) {
-        Fail(progress, job, builder.Error());
-        return job.error.code == 1 ? PROCESS_STOPPED : PROCESS_FAILED;
-    }
+    if (!RunImageBuilder(progress, job, builder)) return BuilderResult(progress, job, builder);
 
-    progress.SetStatus(title, 0);
+    progress.SetStatus("Writing to ISO Image", 0);
     progress.SetStatus("Please wait...", 1);
     progress.SetProgressIndeterminateOff();
     progress.SetProgress(0);
     if (progress.IsToStop()) return PROCESS_STOPPED;
     job.error = builder.BurnCompilation(progress, out.GetFd(), job.outputImage);
     if (job.error.code == 0) job.error = out.Commit(job.outputImage, replace);
-    if (job.error.code != 0) return Fail(progress, job, job.error);
+    if (job.error.code != 0) return FailBurnDataDisk(progress, job, job.error);
     return PROCESS_DONE;
+}
+
+} // namespace
+
+void ShowBurnDataDiskError(LProcessInterface& progress, LBurnDataDisk& job, const std::string& text) {
+    job.errorText = text;
+    progress.SetError(text.c_str());
+}
+
+LProcessResult FailBurnDataDisk(LProcessInterface& progress, LBurnDataDisk& job,
+                                const BurnErrorCode& error) {
+    job.error = error;
+    ShowBurnDataDiskError(progress, job, job.error.Describe());
+    return PROCESS_FAILED;
+}
+
+LProcessResult FailBurnDataDisk(LProcessInterface& progress, LBurnDataDisk& job,
+                                BurnErrorCodeValue code, const std::string& text) {
+    job.error = BurnErrorCode(code, text.c_str());
+    ShowBurnDataDiskError(progress, job, text);
+    return PROCESS_FAILED;
+}
+
+bool RunImageBuilder(LProcessInterface& progress, LBurnDataDisk& job, LHybridDataDisk& builder) {
+    progress.SetProgressIndeterminateOn();
+    progress.SetStatus("Generating file system", 0);
+    progress.SetStatus("Please wait...", 1);
+    if (!job.sourceImage.empty()) return builder.Build();
+    while (builder.IsRunning() && !builder.Done().IsSignaled()) {
+        if (progress.ProcessWaitSignal(builder.Done(), kBuildWaitMs) == WAIT_STOPPED) {
+            builder.StopThreadNow();
+            job.error = BurnErrorCode(1);
+            return false;
+        }
+    }
+    builder.StopThreadNow();
+    return builder.Error().code == 0;
+}
+
+LProcessResult BuilderResult(LProcessInterface& progress, LBurnDataDisk& job,
+                             const LHybridDataDisk& builder) {
+    if (job.error.code == 1 || builder.Error().code == 1) {
+        job.error = BurnErrorCode(1);
+        return PROCESS_STOPPED;
+    }
+    return FailBurnDataDisk(progress, job, builder.Error());
+}
+
+LProcessResult Process(LProcessInterface& progress, LBurnDataDisk& job) {
+    job.error = BurnErrorCode();
+    job.errorText.clear();
+    const bool toImage = !job.outputImage.empty();
+    progress.SetStatus(toImage ? "Writing to ISO Image" : "Writing to Disk", 0);
+    if (!job.sourceImage.empty() && !Readable(job.sourceImage))
+        return FailBurnDataDisk(progress, job, 1,
+                                LFormatText("Cannot open the source ISO file \"%s\".",
+                                            job.sourceImage.c_str()));
+    if (job.sourceImage.empty() && job.compilation.Root().children.empty())
+        return FailBurnDataDisk(progress, job, 1,
+                                "Disk Write failed because there are no files to write.");
+    const std::string boot = job.bootImage.empty() ? job.settings.bootableSectors : job.bootImage;
+    if (!boot.empty() && !Readable(boot))
+        return FailBurnDataDisk(progress, job, 1,
+                                LFormatText("Cannot open the source ISO file \"%s\".", boot.c_str()));
+    return toImage ? BurnToImageFile(progress, job, boot) : BurnToDisc(progress, job, boot);
 }

@@ -1,5 +1,6 @@
 #include "disc/Compilation.h"
 
+#include "disc/ImageClock.h"
 #include "platform/Log.h"
 
 #include <cerrno>
@@ -45,7 +46,7 @@ std::unique_ptr<LAbstractBurnFile> LAbstractBurnFile::Named(const std::string& n
 }
 
 LAbstractFileSystem::LAbstractFileSystem()
-    : root_(std::make_unique<LAbstractBurnFile>("Label", true, 0, std::time(nullptr))) {}
+    : root_(std::make_unique<LAbstractBurnFile>("Label", true, 0, LImageClockNow())) {}
 
 bool LAbstractFileSystem::AddPath(const std::string& path, std::string& error,
                                   LAbstractBurnFile* parent) {

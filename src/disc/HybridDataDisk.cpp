@@ -1,11 +1,14 @@
 #include "disc/HybridDataDisk.h"
 
 #include "disc/ISONames.h"
+#include "disc/ImageClock.h"
+#include "disc/SectorTargets.h"
 #include "disc/WriteSectorCache.h"
 #include "platform/File.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,7 +21,9 @@ constexpr uint32_t kUDFPathTables = 70;
 constexpr uint32_t kUDFAnchor = 256;
 constexpr uint32_t kUDFDirectories = 257;
 constexpr size_t kBootBytes = 32768;
+// Existing images are read in chunks of this size (half of it on Blu-ray).
 constexpr size_t kChunk = 65536;
+constexpr BurnErrorCodeValue kStopped = 1;
 // Files are copied in slices of this size, between which a stop request and the progress are
 // looked at.
 constexpr uint64_t kCopySliceBytes = 64ull << 20;
@@ -121,7 +126,7 @@ bool LHybridDataDisk::Build() {
         if (!boot.IsOpen() || boot.Read(sectors, kBootBytes) < 0) return Fail(5, bootImage_);
         system_.AddData(sectors, kBootBytes);
     }
-    return BuildFileSystems(std::time(nullptr));
+    return BuildFileSystems(LImageClockNow());
 }
 
 bool LHybridDataDisk::BuildFileSystems(std::time_t now) {
@@ -198,92 +203,137 @@ bool LHybridDataDisk::BuildFileSystems(std::time_t now) {
 
 BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, int fd,
                                                const std::string& outputPath) {
-    WriteSectorCache cache(fd, kImageRunSectors);
-    // A write that failed, or data that ran past the sectors laid out for it.
-    const auto writeFailed = [&cache, &outputPath] {
-        if (cache.Error() == 0)
-            return BurnErrorCode(5, (outputPath + ": the data ran past its sectors").c_str());
-        return LImageWriteError(outputPath, cache.Error());
-    };
-    if (!sourceImage_.empty()) return CopySourceImage(progress, cache, writeFailed);
+    LImageFileTarget target(fd, outputPath);
+    WriteSectorCache cache(target, kImageRunSectors);
+    return BurnCompilation(progress, cache);
+}
+
+BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, LSectorTarget& target) {
+    WriteSectorCache cache(target, SectorsPerWrite());
+    return BurnCompilation(progress, cache);
+}
+
+uint32_t LHybridDataDisk::SectorsPerWrite() const {
+    return Unit(media_);
+}
+
+BurnErrorCode LHybridDataDisk::RunFailed(const WriteSectorCache& cache) const {
+    if (cache.Error().code == 0) return BurnErrorCode(5, "the data ran past its sectors");
+    return cache.Error();
+}
+
+BurnErrorCode LHybridDataDisk::BurnCompilation(LProcessInterface& progress, WriteSectorCache& cache) {
+    if (!sourceImage_.empty()) return WriteISOImageSectors(progress, cache);
 
     progress.SetProgress(0.05);
-    progress.SetStatus(systems_.udf ? "Writing UDF System Information" : "Writing Lead-in/Lead-out", 1);
+    if (!cache.Verifies())
+        progress.SetStatus(systems_.udf ? "Writing UDF System Information" : "Writing Lead-in/Lead-out", 1);
     if (!cache.WriteDataToCache(system_.Data(), system_.Size()) || !cache.FlushSectorCache() ||
         !cache.WriteDataToCache(directories_.Data(), directories_.Size()) || !cache.FlushSectorCache())
-        return writeFailed();
+        return RunFailed(cache);
     progress.SetProgress(0.1);
 
-    BurnErrorCode result;
-    bool stopped = false;
-    bool failed = false;
-    const double perSector = 0.9 / SectorCount();
-    if (systems_.iso || systems_.udf)
-        compilation_.ForEachItem([&](LAbstractBurnFile& item) {
-            if (item.folder || stopped || failed) return;
-            if (progress.IsToStop()) {
-                stopped = true;
-                return;
-            }
-            progress.SetStatus(item.name.c_str(), 1);
-            const uint64_t sectors = std::max<uint64_t>(1, (item.size + kSectorSize - 1) / kSectorSize);
-            LFile file(_OpenRead(item.sourcePath.c_str(), 0));
-            // Large files go in slices, with a look at the stop request and the progress
-            // after each.
-            uint64_t done = 0;
-            while (file.IsOpen() && done < item.size) {
-                const uint64_t want = std::min(kCopySliceBytes, item.size - done);
-                const int64_t copied = cache.CopyFromFile(file.GetFd(), done, want);
-                if (copied < 0) {
-                    failed = true;
-                    return;
-                }
-                done += static_cast<uint64_t>(copied);
-                progress.SetProgress(
-                    0.1 +
-                    static_cast<double>(item.sector - fileStart_ + done / kSectorSize) * perSector);
-                if (static_cast<uint64_t>(copied) < want) break;
-                if (done < item.size && progress.IsToStop()) {
-                    stopped = true;
-                    return;
-                }
-            }
-            if (!file.IsOpen() || done < item.size)
-                result.AddInformation(41, item.sourcePath.c_str());
-            // A file that shrank or could not be read keeps its sectors, as zeros.
-            if (!cache.PadToSector(item.sector + sectors)) failed = true;
-        });
-    if (stopped) return BurnErrorCode(1);
-    if (failed) return writeFailed();
+    BurnErrorCode result = ProcessWriteFilesToDisk(progress, cache);
+    if (result.code != 0 && result.code != 41) return result;
     if (!cache.PadToSector(closingSector_) ||
         !cache.WriteDataToCache(closing_.Data(), closing_.Size()) || !cache.FlushSectorCache())
-        return writeFailed();
-    if (!result.Chain().empty() && result.code == 0) result.code = result.Chain().front().code;
+        return RunFailed(cache);
     return result;
 }
 
-BurnErrorCode LHybridDataDisk::CopySourceImage(LProcessInterface& progress, WriteSectorCache& cache,
-                                               const std::function<BurnErrorCode()>& writeFailed) {
+BurnErrorCode LHybridDataDisk::ProcessWriteFilesToDisk(LProcessInterface& progress,
+                                                       WriteSectorCache& cache) {
+    const bool verifying = cache.Verifies();
+    if (!verifying) unreadable_.clear();
+    BurnErrorCode result;
+    bool ended = false;
+    const double perSector = 0.9 / SectorCount();
+    if (!systems_.iso && !systems_.udf) return result;
+    compilation_.ForEachItem([&](LAbstractBurnFile& item) {
+        if (item.folder || ended) return;
+        if (progress.IsToStop()) {
+            result = BurnErrorCode(kStopped);
+            ended = true;
+            return;
+        }
+        progress.SetStatus(item.name.c_str(), 1);
+        const uint64_t sectors = std::max<uint64_t>(1, (item.size + kSectorSize - 1) / kSectorSize);
+        const uint64_t end = item.sector + sectors;
+        // A file that could not be read when it was written holds zeros on the disc: whatever
+        // it holds now, its sectors are not judged.
+        if (verifying && unreadable_.contains(&item)) {
+            ended = !cache.SkipToSector(end);
+            if (ended) result = RunFailed(cache);
+            return;
+        }
+        LFile file(_OpenRead(item.sourcePath.c_str(), 0));
+        // Large files go in slices, with a look at the stop request and the progress after each.
+        uint64_t done = 0;
+        bool failed = false;
+        while (file.IsOpen() && done < item.size) {
+            const uint64_t want = std::min(kCopySliceBytes, item.size - done);
+            const int64_t copied = cache.CopyFromFile(file.GetFd(), done, want);
+            if (copied < 0) {
+                failed = true;
+                break;
+            }
+            done += static_cast<uint64_t>(copied);
+            progress.SetProgress(
+                0.1 + static_cast<double>(item.sector - fileStart_ + done / kSectorSize) * perSector);
+            if (static_cast<uint64_t>(copied) < want) break;
+            if (done < item.size && progress.IsToStop()) {
+                result = BurnErrorCode(kStopped);
+                ended = true;
+                return;
+            }
+        }
+        const bool readable = file.IsOpen() && done >= item.size;
+        if (!failed && !readable) {
+            result.AddInformation(41, item.sourcePath.c_str());
+            if (result.code == 0) result.code = 41;
+            if (!verifying) unreadable_.insert(&item);
+        }
+        // A file that shrank or could not be read keeps its sectors, as zeros.
+        if (!failed) failed = verifying && !readable ? !cache.SkipToSector(end) : !cache.PadToSector(end);
+        if (!failed) return;
+        ended = true;
+        const BurnErrorCode error = RunFailed(cache);
+        if (error.code != 30) {
+            result = error;
+            return;
+        }
+        char text[BurnErrorCodeData::kTextSize];
+        std::snprintf(text, sizeof text, "Error verifying file %s sectors %d to %d",
+                      item.sourcePath.c_str(), static_cast<int>(cache.FailedFirst()),
+                      static_cast<int>(cache.FailedLast()));
+        result = error;
+        result.AddInformation(30, text);
+    });
+    return result;
+}
+
+BurnErrorCode LHybridDataDisk::WriteISOImageSectors(LProcessInterface& progress,
+                                                    WriteSectorCache& cache) {
     const auto sourceFailed = [this](const std::string& reason) {
         return BurnErrorCode(5, (sourceImage_ + ": " + reason).c_str());
     };
     LFile source(_OpenRead(sourceImage_.c_str(), 1000));
     if (!source.IsOpen()) return sourceFailed(std::strerror(errno));
-    std::vector<uint8_t> chunk(kChunk);
+    std::vector<uint8_t> chunk(Unit(media_) == 32 ? kChunk / 2 : kChunk);
     for (uint64_t done = 0; done < sourceBytes_;) {
-        if (progress.IsToStop()) return BurnErrorCode(1);
+        if (progress.IsToStop()) return BurnErrorCode(kStopped);
         const size_t want =
             static_cast<size_t>(std::min<uint64_t>(chunk.size(), sourceBytes_ - done));
         const ssize_t got = source.Read(chunk.data(), want);
         if (got < 0) return sourceFailed(std::strerror(errno));
         if (got == 0) return sourceFailed("the file became shorter while it was copied");
-        if (!cache.WriteDataToCache(chunk.data(), static_cast<size_t>(got))) return writeFailed();
+        if (!cache.WriteDataToCache(chunk.data(), static_cast<size_t>(got))) return RunFailed(cache);
         done += static_cast<uint64_t>(got);
         progress.SetProgress(static_cast<double>(done) / static_cast<double>(sourceBytes_));
     }
     struct stat info {};
     if (fstat(source.GetFd(), &info) != 0 || static_cast<uint64_t>(info.st_size) != sourceBytes_)
         return sourceFailed("the file changed size while it was copied");
-    if (!cache.PadToSector(SectorCount())) return writeFailed();
+    if (!cache.PadToSector(SectorCount())) return RunFailed(cache);
     return {};
 }

@@ -10,7 +10,7 @@
 #include "jobs/Thread.h"
 
 #include <ctime>
-#include <functional>
+#include <set>
 #include <string>
 
 // Which file systems a project gets.
@@ -27,6 +27,7 @@ LProjectFileSystems GetProjectFileSystems(int project);
 BurnErrorCode LImageWriteError(const std::string& path, int error);
 
 class WriteSectorCache;
+class LSectorTarget;
 
 // Lays out a data disc image of a compilation on its own thread: the system area (boot image,
 // volume descriptors, UDF sequences, path tables), the directory areas of the ISO 9660, Joliet
@@ -54,6 +55,9 @@ public:
     uint32_t SectorCount() const { return lastSector_ + 1; }
     const LProjectFileSystems& FileSystems() const { return systems_; }
 
+    // Sectors per run to a disc: 32 on Blu-ray, else 16.
+    uint32_t SectorsPerWrite() const;
+
     // Writes the whole image into the open file `fd` (named `outputPath` in messages); the
     // error of the write: 1 when stopped; 41 with the path of each source file that could not
     // be read, its sectors written as zeros; 37 or 32 for a failed write (LImageWriteError);
@@ -61,6 +65,11 @@ public:
     // without error.
     BurnErrorCode BurnCompilation(LProcessInterface& progress, int fd,
                                   const std::string& outputPath);
+    // The same through a target: a disc being written (errors of the drive as well), or a disc
+    // read back and compared. Verifying, the first run that differs ends it with error 30 and
+    // the information "Error verifying file %s sectors %d to %d"; the sectors of a file that
+    // could not be read when it was written, or cannot be read now, are not judged.
+    BurnErrorCode BurnCompilation(LProcessInterface& progress, LSectorTarget& target);
 
 protected:
     void ThreadFunction() override;
@@ -68,8 +77,13 @@ protected:
 private:
     bool Fail(BurnErrorCodeValue code, const std::string& detail);
     bool BuildFileSystems(std::time_t now);
-    BurnErrorCode CopySourceImage(LProcessInterface& progress, WriteSectorCache& cache,
-                                  const std::function<BurnErrorCode()>& writeFailed);
+    BurnErrorCode BurnCompilation(LProcessInterface& progress, WriteSectorCache& cache);
+    // The files' contents in the compilation's order, each padded to its sectors.
+    BurnErrorCode ProcessWriteFilesToDisk(LProcessInterface& progress, WriteSectorCache& cache);
+    // The existing image file, padded with zero sectors to the image's end.
+    BurnErrorCode WriteISOImageSectors(LProcessInterface& progress, WriteSectorCache& cache);
+    // The error of a run that failed, or of data that ran past the sectors laid out for it.
+    BurnErrorCode RunFailed(const WriteSectorCache& cache) const;
 
     LAbstractFileSystem& compilation_;
     int project_;
@@ -90,4 +104,6 @@ private:
     uint64_t sourceBytes_ = 0;
     BurnErrorCode error_;
     LSignalObject done_;
+    // The files that could not be read while the image was written.
+    std::set<const LAbstractBurnFile*> unreadable_;
 };

@@ -1,6 +1,7 @@
 #include "disc/ISOJolietFileSystem.h"
 
 #include "disc/ISONames.h"
+#include "disc/ImageClock.h"
 
 #include <cstdio>
 #include <cstring>
@@ -259,8 +260,7 @@ void LISOJolietFileSystem::WriteDescriptor(LBufferVector& system, uint32_t descr
         Spaces(d + field, 128, joliet_);
     for (const size_t field : {702u, 739u, 776u})
         Spaces(d + field, 37, joliet_);
-    std::tm local {};
-    localtime_r(&now, &local);
+    const std::tm local = LImageClockTime(now);
     char date[20];
     std::snprintf(date, sizeof date, "%.4d%.2d%.2d%.2d%.2d%.2d00", local.tm_year + 1900,
                   local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);

@@ -1,8 +1,10 @@
 #include "drives/SystemDiscService.h"
 
 #include "drives/LibburnDrive.h"
+#include "drives/SgIoTransport.h"
 #include "drives/UdevMediaMonitor.h"
 #include "drives/VirtualBurner.h"
+#include "drives/VirtualMMCDrive.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -43,6 +45,24 @@ std::shared_ptr<void> LSystemDiscService::WatchDeviceChanges(std::function<void(
     return watch;
 }
 
+LSCSI::Opener MakeSCSIDriveOpener(std::function<std::vector<LDiscDeviceRef>()> devices,
+                                  std::shared_ptr<LVirtualBurner> virtualBurner,
+                                  std::string folder) {
+    return [devices = std::move(devices), virtualBurner = std::move(virtualBurner),
+            folder = std::move(folder)](int index, std::string& error) -> std::unique_ptr<LSCSITransport> {
+        const std::vector<LDiscDeviceRef> list = devices();
+        const bool listed = index >= 0 && size_t(index) < list.size();
+        if (listed && virtualBurner && list[size_t(index)] == virtualBurner)
+            return std::make_unique<LVirtualMMCDrive>(virtualBurner->SharedDisc());
+        std::vector<LDriveIdentity> identities;
+        for (const LDiscDeviceRef& device : list) {
+            const LDiscDeviceInfo info = device->CopyInfo();
+            identities.push_back({info.vendor, info.product});
+        }
+        return OpenSgIoDrive(index, identities, error, folder);
+    };
+}
+
 LSystemDiscService& InstallSystemDiscService() {
     static const std::shared_ptr<LSystemDiscService> service = [] {
         const char* setting = std::getenv("VINORA_VIRTUAL_BURNER");
@@ -50,6 +70,8 @@ LSystemDiscService& InstallSystemDiscService() {
         if (!made->SettingError().empty())
             std::fprintf(stderr, "VINORA_VIRTUAL_BURNER: %s\n", made->SettingError().c_str());
         SetDiscService(made);
+        SetSCSIDriveOpener(MakeSCSIDriveOpener([made] { return made->CopyDeviceArray(); },
+                                               made->VirtualBurner()));
         return made;
     }();
     return *service;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "burn/DiscService.h"
+#include "disc/SCSI.h"
 #include "drives/VirtualDisc.h"
 
 #include <mutex>
@@ -35,6 +36,15 @@ private:
     std::shared_ptr<LVirtualBurner> virtual_;
 };
 
-// Makes the system's drives the program's disc service (once; later calls do nothing) and
-// returns it. A Virtual Burner setting that cannot be read is reported on stderr once.
+// Opens drives for the SCSI layer by their index in the drive list `devices` gives: the Virtual
+// Burner's entry as its MMC drive on the same disc, every other one through SG_IO among the
+// drive nodes of `folder`, matched by the vendor and product the list names it with. An index
+// the list does not have, or a drive that cannot be opened, gives null and the reason.
+LSCSI::Opener MakeSCSIDriveOpener(std::function<std::vector<LDiscDeviceRef>()> devices,
+                                  std::shared_ptr<LVirtualBurner> virtualBurner,
+                                  std::string folder = "/dev");
+
+// Makes the system's drives the program's disc service and the SCSI layer's way of opening
+// them (once; later calls do nothing) and returns the service. A Virtual Burner setting that
+// cannot be read is reported on stderr once.
 LSystemDiscService& InstallSystemDiscService();

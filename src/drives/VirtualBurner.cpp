@@ -122,9 +122,7 @@ void LVirtualBurner::EraseWork() {
         SetStatus(LDiscOperationState::Failed, -1.0f, 0);
         return;
     }
-    std::filesystem::remove(disc_->Path() + ".bin");
-    std::filesystem::remove(disc_->Path() + ".cue");
-    disc_->MakeBlank();
+    disc_->EraseContent();
     SetStatus(LDiscOperationState::Done, 1.0f, 0);
 }
 

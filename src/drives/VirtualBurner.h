@@ -19,6 +19,8 @@ public:
     ~LVirtualBurner() override;
 
     LVirtualDisc& Disc() { return *disc_; }
+    // The same disc for the Virtual Burner's MMC drive.
+    std::shared_ptr<LVirtualDisc> SharedDisc() const { return disc_; }
 
     LDiscDeviceInfo CopyInfo() override;
     LDiscDeviceStatus CopyStatus() override;

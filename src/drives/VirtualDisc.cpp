@@ -3,6 +3,7 @@
 #include "platform/AtomicFile.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -50,6 +51,63 @@ const char* StatusName(LVirtualDisc::Status status) {
     case LVirtualDisc::Status::Complete: return "complete";
     }
     return "blank";
+}
+
+// Tracks as "START+SIZE/SESSION" separated by spaces.
+bool ParseTracks(const std::string& text, std::vector<LVirtualTrack>& tracks) {
+    std::istringstream list(text);
+    for (std::string item; list >> item;) {
+        const size_t plus = item.find('+');
+        const size_t slash = item.find('/');
+        int64_t start = 0, size = 0, session = 0;
+        if (plus == std::string::npos || slash == std::string::npos || slash < plus ||
+            !ParseNumber(item.substr(0, plus), start) ||
+            !ParseNumber(item.substr(plus + 1, slash - plus - 1), size) ||
+            !ParseNumber(item.substr(slash + 1), session))
+            return false;
+        tracks.push_back({uint32_t(start), uint32_t(size), uint32_t(session)});
+    }
+    return true;
+}
+
+// The layout lines of a state file; a file without them (written before the drive kept a
+// layout) reads as a disc without closed tracks.
+bool ParseLayout(std::map<std::string, std::string>& values, LVirtualDisc::State& state,
+                 int64_t& sessions, int64_t& firstTrack) {
+    if (!values.count("sessions")) return true;
+    std::vector<LVirtualTrack> open;
+    if (!ParseNumber(values["sessions"], sessions) ||
+        !ParseNumber(values["first-track"], firstTrack) ||
+        !ParseTracks(values["tracks"], state.tracks) || !ParseTracks(values["open-track"], open))
+        return false;
+    if (!open.empty()) {
+        state.trackOpen = true;
+        state.trackStart = open[0].start;
+        state.trackReserved = open[0].size;
+    }
+    const std::string& format = values["format"];
+    state.format = format == "complete"  ? LVirtualFormat::Complete
+                   : format == "started" ? LVirtualFormat::Started
+                                         : LVirtualFormat::None;
+    return true;
+}
+
+std::string LayoutText(const LVirtualDisc::State& state) {
+    std::ostringstream text;
+    text << "sessions=" << state.sessions << "\nfirst-track=" << state.sessionFirstTrack
+         << "\ntracks=";
+    for (size_t i = 0; i < state.tracks.size(); ++i) {
+        const LVirtualTrack& track = state.tracks[i];
+        text << (i ? " " : "") << track.start << "+" << track.size << "/" << track.session;
+    }
+    text << "\nopen-track=";
+    if (state.trackOpen)
+        text << state.trackStart << "+" << state.trackReserved << "/" << state.sessions + 1;
+    const char* format = state.format == LVirtualFormat::Complete  ? "complete"
+                         : state.format == LVirtualFormat::Started ? "started"
+                                                                   : "none";
+    text << "\nformat=" << format << "\n";
+    return text.str();
 }
 
 } // namespace
@@ -117,14 +175,26 @@ bool LVirtualBurnerOptions::Parse(const std::string& text, LVirtualBurnerOptions
 }
 
 LVirtualDisc::LVirtualDisc(LVirtualBurnerOptions options)
-    : options_(std::move(options)), media_(options_.media), trayOpen_(options_.open),
-      writeError_(options_.writeError), notReady_(options_.notReady) {
-    capacity_ = options_.capacity >= 0 ? uint32_t(options_.capacity) : VirtualDefaultCapacity(media_);
-    if (options_.used && media_ != LDiscMediaKind::None) {
-        status_ = Status::Complete;
-        used_ = kUsedBlocks;
-    }
+    : options_(std::move(options)), writeError_(options_.writeError), notReady_(options_.notReady) {
+    state_.trayOpen = options_.open;
+    FillNew(state_, options_.media, options_.used);
+    if (options_.capacity >= 0) state_.capacity = uint32_t(options_.capacity);
     Load();
+}
+
+void LVirtualDisc::FillNew(State& state, LDiscMediaKind kind, bool used) {
+    const bool trayOpen = state.trayOpen;
+    state = {};
+    state.media = kind;
+    state.trayOpen = trayOpen;
+    state.capacity = VirtualDefaultCapacity(kind);
+    if (!used || kind == LDiscMediaKind::None) return;
+    state.status = Status::Complete;
+    state.used = kUsedBlocks;
+    state.tracks = {{0, kUsedBlocks, 1}};
+    state.sessions = 1;
+    if (kind == LDiscMediaKind::DVDPlusRW || kind == LDiscMediaKind::BDRE)
+        state.format = LVirtualFormat::Complete;
 }
 
 void LVirtualDisc::Load() {
@@ -135,26 +205,30 @@ void LVirtualDisc::Load() {
         if (equals != std::string::npos) values[line.substr(0, equals)] = line.substr(equals + 1);
     }
     if (values["setting"] != options_.text) return;
-    int64_t used = 0;
-    int64_t capacity = 0;
-    LDiscMediaKind media = LDiscMediaKind::None;
-    if (!ParseMedia(values["media"], media) || !ParseNumber(values["used"], used) ||
-        !ParseNumber(values["capacity"], capacity))
+    State state;
+    int64_t used = 0, capacity = 0, sessions = 0, firstTrack = 1;
+    if (!ParseMedia(values["media"], state.media) || !ParseNumber(values["used"], used) ||
+        !ParseNumber(values["capacity"], capacity) ||
+        !ParseLayout(values, state, sessions, firstTrack))
         return;
-    media_ = media;
-    trayOpen_ = values["tray"] == "open";
-    status_ = values["status"] == "complete"     ? Status::Complete
-              : values["status"] == "incomplete" ? Status::Incomplete
-                                                 : Status::Blank;
-    used_ = uint32_t(used);
-    capacity_ = uint32_t(capacity);
+    state.trayOpen = values["tray"] == "open";
+    state.status = values["status"] == "complete"     ? Status::Complete
+                   : values["status"] == "incomplete" ? Status::Incomplete
+                                                      : Status::Blank;
+    state.used = uint32_t(used);
+    state.capacity = uint32_t(capacity);
+    state.sessions = uint32_t(sessions);
+    state.sessionFirstTrack = uint32_t(firstTrack);
+    state_ = std::move(state);
 }
 
 void LVirtualDisc::SaveAndNotify(std::unique_lock<std::mutex>& lock) {
     std::ostringstream text;
-    text << "setting=" << options_.text << "\nmedia=" << VirtualMediaName(media_)
-         << "\ntray=" << (trayOpen_ ? "open" : "closed") << "\nstatus=" << StatusName(status_)
-         << "\nused=" << used_ << "\ncapacity=" << capacity_ << "\n";
+    text << "setting=" << options_.text << "\nmedia=" << VirtualMediaName(state_.media)
+         << "\ntray=" << (state_.trayOpen ? "open" : "closed")
+         << "\nstatus=" << StatusName(state_.status) << "\nused=" << state_.used
+         << "\ncapacity=" << state_.capacity << "\n"
+         << LayoutText(state_);
     const std::string content = text.str();
     LAtomicFile file(options_.path + ".state");
     if (file.IsOpen() && file.File().Write(content.data(), content.size()))
@@ -170,43 +244,43 @@ void LVirtualDisc::SaveAndNotify(std::unique_lock<std::mutex>& lock) {
 
 LDiscMediaKind LVirtualDisc::Media() const {
     std::lock_guard lock(mutex_);
-    return media_;
+    return state_.media;
 }
 
 bool LVirtualDisc::TrayOpen() const {
     std::lock_guard lock(mutex_);
-    return trayOpen_;
+    return state_.trayOpen;
 }
 
 bool LVirtualDisc::Present() const {
     std::lock_guard lock(mutex_);
-    return !trayOpen_ && media_ != LDiscMediaKind::None;
+    return !state_.trayOpen && state_.media != LDiscMediaKind::None;
 }
 
 LVirtualDisc::Status LVirtualDisc::DiscStatus() const {
     std::lock_guard lock(mutex_);
-    return status_;
+    return state_.status;
 }
 
 uint32_t LVirtualDisc::UsedBlocks() const {
     std::lock_guard lock(mutex_);
-    return used_;
+    return state_.used;
 }
 
 uint32_t LVirtualDisc::Capacity() const {
     std::lock_guard lock(mutex_);
-    return capacity_;
+    return state_.capacity;
 }
 
 uint32_t LVirtualDisc::FreeBlocks() const {
     std::lock_guard lock(mutex_);
-    if (status_ == Status::Complete || used_ >= capacity_) return 0;
-    return capacity_ - used_;
+    if (state_.status == Status::Complete || state_.used >= state_.capacity) return 0;
+    return state_.capacity - state_.used;
 }
 
 bool LVirtualDisc::Erasable() const {
     std::lock_guard lock(mutex_);
-    return IsRewritable(media_);
+    return IsRewritable(state_.media);
 }
 
 bool LVirtualDisc::TakeNotReady() {
@@ -216,29 +290,39 @@ bool LVirtualDisc::TakeNotReady() {
     return true;
 }
 
+void LVirtualDisc::ArmNotReady() {
+    std::lock_guard lock(mutex_);
+    notReady_ = options_.notReady;
+}
+
+LVirtualDisc::State LVirtualDisc::GetState() const {
+    std::lock_guard lock(mutex_);
+    return state_;
+}
+
+void LVirtualDisc::SetState(const State& state, bool save) {
+    std::unique_lock lock(mutex_);
+    state_ = state;
+    if (save) SaveAndNotify(lock);
+}
+
 void LVirtualDisc::Insert(LDiscMediaKind kind, bool used) {
     std::unique_lock lock(mutex_);
-    media_ = kind;
-    trayOpen_ = false;
-    status_ = used ? Status::Complete : Status::Blank;
-    used_ = used ? kUsedBlocks : 0;
-    capacity_ = VirtualDefaultCapacity(kind);
+    state_.trayOpen = false;
+    FillNew(state_, kind, used);
     SaveAndNotify(lock);
 }
 
 void LVirtualDisc::Remove() {
     std::unique_lock lock(mutex_);
-    media_ = LDiscMediaKind::None;
-    trayOpen_ = true;
-    status_ = Status::Blank;
-    used_ = 0;
-    capacity_ = 0;
+    state_.trayOpen = true;
+    FillNew(state_, LDiscMediaKind::None, false);
     SaveAndNotify(lock);
 }
 
 void LVirtualDisc::SetTrayOpen(bool open) {
     std::unique_lock lock(mutex_);
-    trayOpen_ = open;
+    state_.trayOpen = open;
     SaveAndNotify(lock);
 }
 
@@ -254,16 +338,33 @@ int64_t LVirtualDisc::WriteErrorBlock() const {
 
 void LVirtualDisc::Written(uint32_t blocks, Status status) {
     std::unique_lock lock(mutex_);
-    used_ += blocks;
-    status_ = status;
+    if (status == Status::Complete) {
+        state_.sessionFirstTrack = uint32_t(state_.tracks.size()) + 1;
+        state_.tracks.push_back({state_.used, blocks, state_.sessions + 1});
+        ++state_.sessions;
+    }
+    state_.used += blocks;
+    state_.status = status;
     SaveAndNotify(lock);
 }
 
 void LVirtualDisc::MakeBlank() {
     std::unique_lock lock(mutex_);
-    used_ = 0;
-    status_ = Status::Blank;
+    const LVirtualFormat format = state_.format;
+    const uint32_t capacity = state_.capacity;
+    FillNew(state_, state_.media, false);
+    state_.format = format;
+    state_.capacity = capacity;
     SaveAndNotify(lock);
+}
+
+void LVirtualDisc::EraseContent() {
+    std::error_code ignored;
+    std::filesystem::remove(options_.path + ".bin", ignored);
+    std::filesystem::remove(options_.path + ".cue", ignored);
+    if (std::filesystem::exists(options_.path, ignored))
+        std::filesystem::resize_file(options_.path, 0, ignored);
+    MakeBlank();
 }
 
 std::shared_ptr<void> LVirtualDisc::Watch(std::function<void()> changed) {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 // The Virtual Burner's setting, VINORA_VIRTUAL_BURNER:
 //   MEDIA:PATH[,used][,capacity=SECTORS][,open][,slow=MS][,write-error=SECTOR]
@@ -37,13 +38,24 @@ const char* VirtualMediaName(LDiscMediaKind kind);
 uint32_t VirtualDefaultCapacity(LDiscMediaKind kind);
 bool IsRewritable(LDiscMediaKind kind);
 
+// A recorded track of the disc, in blocks.
+struct LVirtualTrack {
+    uint32_t start = 0;
+    uint32_t size = 0;
+    uint32_t session = 1;
+};
+
+// How far a rewritable disc that formats itself while written (DVD+RW, BD-RE) has got.
+enum class LVirtualFormat { None, Started, Complete };
+
 // The disc in the Virtual Burner and its tray. The audio CD side (the disc service) and the
 // data disc side (MMC commands) share one object, so a disc written through either looks used
 // to both.
 //
 // Persistence: the state lives in PATH.state, a few "key=value" lines (the setting it was made
-// for, media, tray, status, used blocks, capacity) replaced whole (written beside it and renamed)
-// after every change. A later process whose VINORA_VIRTUAL_BURNER is the same text carries on
+// for, media, tray, status, used blocks, capacity, and the layout the MMC drive keeps: closed
+// sessions and tracks, the open track, the format of a rewritable) replaced whole (written
+// beside it and renamed) after every change. A later process whose VINORA_VIRTUAL_BURNER is the same text carries on
 // with that disc: a disc burnt by one `vinora-cli burn-audio` is used for the next. A different
 // setting text is a different disc: the state starts from the setting again.
 //
@@ -51,6 +63,23 @@ bool IsRewritable(LDiscMediaKind kind);
 class LVirtualDisc {
 public:
     enum class Status { Blank, Incomplete, Complete };
+
+    // Everything the drive records about the disc. `used` is the number of blocks recorded from
+    // the start, which on a sequential disc is the next writable address.
+    struct State {
+        LDiscMediaKind media = LDiscMediaKind::None;
+        bool trayOpen = false;
+        Status status = Status::Blank;
+        uint32_t used = 0;
+        uint32_t capacity = 0;
+        std::vector<LVirtualTrack> tracks; // closed tracks, in order
+        uint32_t sessions = 0;             // closed sessions
+        uint32_t sessionFirstTrack = 1;    // number of the first track of the last session
+        bool trackOpen = false;            // a track is being written and not closed yet
+        uint32_t trackStart = 0;
+        uint32_t trackReserved = 0;        // its reserved size; 0 when it was not reserved
+        LVirtualFormat format = LVirtualFormat::None;
+    };
 
     explicit LVirtualDisc(LVirtualBurnerOptions options);
 
@@ -68,6 +97,13 @@ public:
     bool Erasable() const;
     // Counts down the "not ready" answers: true while the drive is still not ready.
     bool TakeNotReady();
+    // After the drive loads the disc, it is not ready for the first "not-ready" answers again.
+    void ArmNotReady();
+
+    State GetState() const;
+    // Replaces the state; `save` false keeps the change in memory only (the blocks of a running
+    // write), until the next saved change.
+    void SetState(const State& state, bool save);
 
     // Loads a disc (a blank one, or one holding data) and closes the tray.
     void Insert(LDiscMediaKind kind, bool used);
@@ -82,21 +118,21 @@ public:
     void Written(uint32_t blocks, Status status);
     // After an erase: blank again.
     void MakeBlank();
+    // An erase: blank again, and the files of what was written (PATH, PATH.bin, PATH.cue) gone.
+    void EraseContent();
 
     // Calls `changed` after every change of disc or tray, until the handle goes.
     std::shared_ptr<void> Watch(std::function<void()> changed);
 
 private:
+    // A disc just loaded: blank, or holding one closed track when `used`.
+    static void FillNew(State& state, LDiscMediaKind kind, bool used);
     void Load();
     void SaveAndNotify(std::unique_lock<std::mutex>& lock);
 
     LVirtualBurnerOptions options_;
     mutable std::mutex mutex_;
-    LDiscMediaKind media_;
-    bool trayOpen_;
-    Status status_ = Status::Blank;
-    uint32_t used_ = 0;
-    uint32_t capacity_ = 0;
+    State state_;
     int64_t writeError_;
     unsigned notReady_;
     struct Watchers {

@@ -12,28 +12,6 @@
 
 namespace {
 
-// A GET CONFIGURATION reply with one feature descriptor.
-std::vector<uint8_t> FeatureReply(uint16_t code, bool current, const std::string& data = "00 00 00 00") {
-    const std::vector<uint8_t> bytes = Hex(data);
-    std::vector<uint8_t> reply(12);
-    MMCPut32(reply.data(), static_cast<uint32_t>(8 + bytes.size()));
-    MMCPut16(&reply[8], code);
-    reply[10] = current ? 0x01 : 0x00;
-    reply[11] = static_cast<uint8_t>(bytes.size());
-    reply.insert(reply.end(), bytes.begin(), bytes.end());
-    return reply;
-}
-
-// A MODE SENSE(10) reply: the 8-byte header (with the medium type) and the page.
-std::vector<uint8_t> ModeReply(const std::string& page, uint8_t mediumType = 0) {
-    std::vector<uint8_t> reply(8);
-    const std::vector<uint8_t> bytes = Hex(page);
-    MMCPut16(reply.data(), static_cast<uint16_t>(6 + bytes.size()));
-    reply[2] = mediumType;
-    reply.insert(reply.end(), bytes.begin(), bytes.end());
-    return reply;
-}
-
 class SCSICommandsTest : public testing::Test {
 protected:
     void Script(std::vector<ScriptedAnswer> script) { s.drive->script = std::move(script); }

@@ -7,6 +7,7 @@
 
 #include "burn/BurnErrorCode.h"
 #include "disc/SCSI.h"
+#include "disc/SCSIBytes.h"
 #include "disc/SCSITransport.h"
 
 #include <algorithm>
@@ -61,7 +62,7 @@ public:
         if (command.direction == LSCSIDirection::FromDevice) {
             const size_t n = std::min(command.length, answer->data.size());
             std::memset(command.buffer, 0, command.length);
-            std::memcpy(command.buffer, answer->data.data(), n);
+            if (n > 0) std::memcpy(command.buffer, answer->data.data(), n);
             result.transferred = n;
         } else {
             result.transferred = command.length;
@@ -128,6 +129,28 @@ inline std::vector<uint8_t> Hex(const std::string& text) {
     for (size_t i = 0; i + 1 < digits.size(); i += 2)
         bytes.push_back(static_cast<uint8_t>(std::stoul(digits.substr(i, 2), nullptr, 16)));
     return bytes;
+}
+
+// A GET CONFIGURATION reply with one feature descriptor.
+inline std::vector<uint8_t> FeatureReply(uint16_t code, bool current, const std::string& data = "00 00 00 00") {
+    const std::vector<uint8_t> bytes = Hex(data);
+    std::vector<uint8_t> reply(12);
+    MMCPut32(reply.data(), static_cast<uint32_t>(8 + bytes.size()));
+    MMCPut16(&reply[8], code);
+    reply[10] = current ? 0x01 : 0x00;
+    reply[11] = static_cast<uint8_t>(bytes.size());
+    reply.insert(reply.end(), bytes.begin(), bytes.end());
+    return reply;
+}
+
+// A MODE SENSE(10) reply: the 8-byte header (with the medium type) and the page.
+inline std::vector<uint8_t> ModeReply(const std::string& page, uint8_t mediumType = 0) {
+    std::vector<uint8_t> reply(8);
+    const std::vector<uint8_t> bytes = Hex(page);
+    MMCPut16(reply.data(), static_cast<uint16_t>(6 + bytes.size()));
+    reply[2] = mediumType;
+    reply.insert(reply.end(), bytes.begin(), bytes.end());
+    return reply;
 }
 
 // A device over a scripted drive; `drive` stays valid while the device lives.

@@ -1,0 +1,446 @@
+// The data disc job over a scripted drive with a disc in it: the commands each media strategy
+// sends, the disc's sectors against the image file, verification, and the faults a user meets
+// (a disc too small, a used disc, write errors and refusals, vanished files, stops).
+#include "ScriptedDiscDrive.h"
+
+#include "disc/BurnDataDisk.h"
+#include "disc/BurnDataDiskDrive.h"
+#include "disc/BurnStrategies.h"
+#include "disc/HybridDataDisk.h"
+#include "disc/SectorTargets.h"
+#include "support/RecordingProgress.h"
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Progress that keeps the error text and can stop the job once the drive has been written to.
+class BurnProgress : public RecordingProgress {
+public:
+    std::string error;
+    const ScriptedDiscDrive* stopWhenWritten = nullptr;
+
+    bool IsToStop() override {
+        if (stopWhenWritten && stopWhenWritten->written) return true;
+        return RecordingProgress::IsToStop();
+    }
+    void SetError(const char* text) override { error = text; }
+};
+
+// The device the job opens: the test's drive, which outlives it.
+class ForwardingTransport : public LSCSITransport {
+public:
+    explicit ForwardingTransport(LSCSITransport& drive) : drive_(drive) {}
+    bool Execute(const LSCSICommand& command, LSCSITaskResult& result) override {
+        return drive_.Execute(command, result);
+    }
+
+private:
+    LSCSITransport& drive_;
+};
+
+// What the strategies send, by name: write parameters, reservations, writes, flushes and
+// closes; repeats in a row counted once (a write of many runs, a flush before a close).
+std::vector<std::string> StrategyCommands(const std::vector<SentCommand>& sent) {
+    std::vector<std::string> names;
+    for (const SentCommand& command : sent) {
+        std::string name;
+        switch (command.cdb[0]) {
+        case MMC_MODE_SELECT_10: name = "parameters"; break;
+        case MMC_RESERVE_TRACK: name = "reserve"; break;
+        case MMC_WRITE_10:
+        case MMC_WRITE_12: name = "write"; break;
+        case MMC_SYNCHRONIZE_CACHE: name = "sync"; break;
+        case MMC_READ_DISC_INFORMATION: name = "disc information"; break;
+        case MMC_CLOSE_TRACK_SESSION: name = "close " + std::to_string(command.cdb[2] & 7); break;
+        default: continue;
+        }
+        if (names.empty() || names.back() != name) names.push_back(name);
+    }
+    return names;
+}
+
+class BurnDataDiskTest : public testing::Test {
+protected:
+    void SetUp() override {
+        SetSCSIWriteFlags({});
+        fs::create_directories(tree);
+    }
+    void TearDown() override {
+        SetSCSIDriveOpener({});
+        SetSCSIWriteFlags({});
+        unsetenv("SOURCE_DATE_EPOCH");
+    }
+
+    fs::path File(const std::string& name, const std::string& content) {
+        const fs::path path = tree / name;
+        fs::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << content;
+        return path;
+    }
+
+    // A small tree: nested folders, an empty file, one of exactly one sector, one of many.
+    void SmallTree() {
+        File("notes.txt", "liner notes");
+        File("empty", "");
+        File("album/one sector.bin", std::string(2048, 's'));
+        File("album/deeper/track.mp3", std::string(200000, 'm'));
+    }
+
+    ScriptedDiscDrive& Load(const DiscKind& kind, uint32_t capacity = 1000000) {
+        drive = std::make_shared<ScriptedDiscDrive>(kind, capacity);
+        SetSCSIDriveOpener([d = drive](int, std::string&) {
+            return std::make_unique<ForwardingTransport>(*d);
+        });
+        return *drive;
+    }
+
+    // Burns the tree (or `source`, an image file) to the loaded disc, or into `image` when
+    // given; the settings are the job's defaults without erase, verify and eject.
+    LProcessResult Burn(const std::function<void(LBurnDataDisk&)>& adjust = {},
+                        const std::string& image = {}) {
+        compilation = std::make_unique<LAbstractFileSystem>();
+        compilation->SetFSVolumeLabel("Collection");
+        std::string error;
+        for (const fs::directory_entry& entry : fs::directory_iterator(tree))
+            EXPECT_TRUE(compilation->AddPath(entry.path().string(), error)) << error;
+        job = std::make_unique<LBurnDataDisk>(*compilation, image, PROJECT_HYBRID_DISK);
+        job->settings.eraseCDRW = false;
+        job->settings.verifyBurn = false;
+        job->settings.cdLoadEject = false;
+        job->settings.overburn = false;
+        job->settings.cdDrive = 0;
+        job->settings.bootableSectors.clear();
+        if (adjust) adjust(*job);
+        return Process(progress, *job);
+    }
+
+    // The sector of a file of the last burn.
+    uint32_t SectorOf(const std::string& name) {
+        uint32_t sector = 0;
+        compilation->ForEachItem([&](LAbstractBurnFile& item) {
+            if (item.name == name) sector = item.sector;
+        });
+        return sector;
+    }
+
+    TempHome home;
+    fs::path tree = home.Path() / "tree";
+    std::shared_ptr<ScriptedDiscDrive> drive;
+    std::unique_ptr<LAbstractFileSystem> compilation;
+    std::unique_ptr<LBurnDataDisk> job;
+    BurnProgress progress;
+};
+
+TEST_F(BurnDataDiskTest, EachStrategySendsItsCommandsInOrder) {
+    SmallTree();
+    using Names = std::vector<std::string>;
+    const Names closeSession = {"parameters", "reserve", "write", "sync", "close 1", "sync", "close 2"};
+    const Names finalizePlusR = {"reserve", "write", "sync", "close 1", "sync", "close 2", "sync", "close 6"};
+    const Names inPlace = {"write", "sync", "disc information", "sync", "close 0"};
+    const struct {
+        const char* kind;
+        Names commands;
+        uint8_t writeParameters; // page byte 2, 0 when none are sent
+        uint8_t trackMode;
+        uint32_t run;
+    } cases[] = {
+        {"cd-r", closeSession, 0x41, 6, 16},
+        {"cd-rw", closeSession, 0x41, 6, 16},
+        {"dvd-r", closeSession, 0x42, 5, 16},
+        {"dvd-rw", {"parameters", "reserve", "write", "sync", "close 1", "sync", "close 3"}, 0x40, 5, 16},
+        {"dvd+r", finalizePlusR, 0, 0, 16},
+        {"dvd+rw", inPlace, 0, 0, 16},
+        {"bd-r", finalizePlusR, 0, 0, 32},
+        {"bd-re", inPlace, 0, 0, 32},
+    };
+    for (const auto& c : cases) {
+        const DiscKind& kind = *std::find_if(std::begin(kDiscKinds), std::end(kDiscKinds),
+                                             [&](const DiscKind& k) { return k.name == std::string(c.kind); });
+        LAbstractFileSystem files;
+        std::string error;
+        for (const fs::directory_entry& entry : fs::directory_iterator(tree))
+            ASSERT_TRUE(files.AddPath(entry.path().string(), error)) << error;
+        LHybridDataDisk builder(files, PROJECT_HYBRID_DISK, kind.media);
+        ASSERT_TRUE(builder.Build()) << c.kind;
+        ScriptedDiscDevice disc(kind, 1000000);
+        LBurnDataDisk burn(files, {}, PROJECT_HYBRID_DISK);
+        burn.media = kind.media;
+        burn.capabilities.canWriteDVDRW = true;
+        RecordingProgress quiet;
+        EXPECT_EQ(RunBurnStrategy(quiet, burn, disc.device, builder).code, 0u) << c.kind;
+        EXPECT_EQ(StrategyCommands(disc.drive->sent), c.commands) << c.kind;
+
+        uint32_t longest = 0;
+        for (const SentCommand& sent : disc.drive->sent) {
+            if (sent.cdb[0] == MMC_WRITE_12) longest = std::max(longest, MMCGet32(&sent.cdb[6]));
+            if (sent.cdb[0] == MMC_MODE_SELECT_10) {
+                ASSERT_GE(sent.data.size(), 8u + 16) << c.kind;
+                const uint8_t* page = &sent.data[8];
+                EXPECT_EQ(page[2], c.writeParameters) << c.kind;
+                EXPECT_EQ(page[3] & 0x0F, c.trackMode) << c.kind;
+                EXPECT_EQ(page[4], 8) << c.kind << ": Mode 1 blocks";
+                EXPECT_EQ(MMCGet16(&page[14]), 150) << c.kind;
+            }
+        }
+        EXPECT_EQ(longest, c.run) << c.kind;
+        EXPECT_EQ(disc.drive->Image(builder.SectorCount()).size(), size_t{builder.SectorCount()} * 2048);
+        EXPECT_EQ(disc.drive->sectors.size(), builder.SectorCount()) << c.kind << ": every sector written once";
+    }
+}
+
+TEST_F(BurnDataDiskTest, TheDiscHoldsTheImageFileAndVerifiesAgainstIt) {
+    SmallTree();
+    setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
+    const fs::path image = home.Path() / "collection.iso";
+    ASSERT_EQ(Burn({}, image.string()), PROCESS_DONE) << progress.error;
+    std::ifstream in(image, std::ios::binary);
+    const std::vector<uint8_t> file((std::istreambuf_iterator<char>(in)), {});
+
+    for (const DiscKind& kind : {kDiscKinds[4], kDiscKinds[1]}) {
+        ScriptedDiscDrive& disc = Load(kind);
+        ASSERT_EQ(Burn([](LBurnDataDisk& j) { j.settings.verifyBurn = true; j.settings.cdLoadEject = true; }),
+                  PROCESS_DONE)
+            << kind.name << ": " << progress.error;
+        EXPECT_EQ(disc.Image(static_cast<uint32_t>(file.size() / 2048)), file) << kind.name;
+        const std::vector<uint8_t> opcodes = disc.Opcodes();
+        EXPECT_NE(std::find(opcodes.begin(), opcodes.end(), MMC_READ_10), opcodes.end()) << kind.name;
+        // Ejected after the burn, loaded again to verify.
+        EXPECT_EQ(std::count(opcodes.begin(), opcodes.end(), MMC_START_STOP_UNIT), 2) << kind.name;
+        EXPECT_TRUE(disc.closed) << kind.name;
+    }
+}
+
+TEST_F(BurnDataDiskTest, FaultsEndWithTheirCodeAndText) {
+    const std::string sourceImage = (home.Path() / "big.iso").string();
+    const struct {
+        const char* name;
+        size_t kind;
+        uint32_t capacity;
+        std::function<void(ScriptedDiscDrive&)> prepare;
+        std::function<void(LBurnDataDisk&)> adjust;
+        LProcessResult result;
+        BurnErrorCodeValue code;
+        std::string text;
+        bool written;
+        uint8_t erasedBy = 0; // the command that erased the disc first
+    } cases[] = {
+        {"an image larger than the disc", 4, 250000, {},
+         [&](LBurnDataDisk& j) { j.sourceImage = sourceImage; }, PROCESS_FAILED, 1,
+         "The DVD+R has a capacity of 488.28Mb and you are trying to write 585.94Mb. Please insert "
+         "a larger capacity disk or try fewer files.",
+         false},
+        {"a used CD-R", 0, 1000000, [](ScriptedDiscDrive& d) { d.used = true; }, {}, PROCESS_FAILED, 2,
+         "The inserted disk is a CD-R and is not empty or erasable, please insert another disk into the drive",
+         false},
+        {"a used DVD-RW without erasing", 3, 1000000, [](ScriptedDiscDrive& d) { d.used = true; }, {},
+         PROCESS_FAILED, 2,
+         "The inserted disk is not empty. To erase it, select the option \"Erase Rewritables if they "
+         "are not blank\" and try again.",
+         false},
+        {"a used DVD-RW erased", 3, 1000000, [](ScriptedDiscDrive& d) { d.used = true; },
+         [](LBurnDataDisk& j) { j.settings.eraseCDRW = true; }, PROCESS_DONE, 0, "", true, MMC_BLANK},
+        {"a used DVD+RW erased", 5, 1000000,
+         [](ScriptedDiscDrive& d) {
+             // What tells a used DVD+RW: a file system at its start.
+             d.used = true;
+             d.sectors[16].assign(2048, 0);
+             std::memcpy(d.sectors[16].data(), "\x01" "CD001", 6);
+             d.sectors[16][80] = 0x10;
+         },
+         [](LBurnDataDisk& j) { j.settings.eraseCDRW = true; }, PROCESS_DONE, 0, "", true, MMC_FORMAT_UNIT},
+        {"a CD project on a DVD", 4, 1000000, {}, [](LBurnDataDisk& j) { j.project = PROJECT_ISO_JOLIET_CD; },
+         PROCESS_FAILED, 21,
+         "The disk type being burned is a ISO CD and you have loaded a DVD+R. Please insert an appropriate disk.",
+         false},
+        {"no disc", 4, 1000000,
+         [](ScriptedDiscDrive& d) { d.script.insert(d.script.begin(), Refuse({MMC_TEST_UNIT_READY}, {2, 0x3A, 0})); },
+         {}, PROCESS_FAILED, 14,
+         "There appears to be no disk in the drive, please insert one and try again", false},
+    };
+    SmallTree();
+    {
+        std::ofstream big(sourceImage, std::ios::binary);
+    }
+    fs::resize_file(sourceImage, 300000ull * 2048);
+    for (const auto& c : cases) {
+        ScriptedDiscDrive& disc = Load(kDiscKinds[c.kind], c.capacity);
+        if (c.prepare) c.prepare(disc);
+        progress.error.clear();
+        EXPECT_EQ(Burn(c.adjust), c.result) << c.name << ": " << progress.error;
+        EXPECT_EQ(job->error.code, c.code) << c.name;
+        EXPECT_EQ(progress.error, c.text) << c.name;
+        EXPECT_EQ(disc.written, c.written) << c.name;
+        const std::vector<uint8_t> opcodes = disc.Opcodes();
+        const auto erased = std::find(opcodes.begin(), opcodes.end(), c.erasedBy);
+        const auto write = std::find(opcodes.begin(), opcodes.end(), MMC_WRITE_12);
+        if (c.erasedBy) {
+            EXPECT_LT(erased, write) << c.name;
+        }
+    }
+
+    fs::remove_all(tree);
+    fs::create_directories(tree);
+    Load(kDiscKinds[4]);
+    EXPECT_EQ(Burn(), PROCESS_FAILED);
+    EXPECT_EQ(progress.error, "Disk Write failed because there are no files to write.");
+    EXPECT_TRUE(drive->sent.empty());
+}
+
+TEST_F(BurnDataDiskTest, DriveErrorsWhileWriting) {
+    SmallTree();
+    // The drive's own refusal of a sector: error 32 with its sense, and the disc is not closed.
+    ScriptedDiscDrive& failing = Load(kDiscKinds[4]);
+    failing.writeError = 40;
+    EXPECT_EQ(Burn(), PROCESS_FAILED);
+    EXPECT_EQ(job->error.code, 32u);
+    EXPECT_EQ(job->error.senseKey, 3);
+    EXPECT_EQ(job->error.additionalSenseCode, 0x0C);
+    EXPECT_EQ(job->error.additionalSenseCodeQualifier, 0);
+    EXPECT_FALSE(failing.closed);
+
+    // Drives that refuse WRITE(12), or its streaming bit, are written the other way.
+    const struct {
+        const char* name;
+        ScriptedAnswer refusal;
+        uint8_t laterOpcode;
+        bool laterStreaming;
+    } fallbacks[] = {
+        {"no WRITE(12)", Refuse({MMC_WRITE_12}, {5, 0x20, 0}), MMC_WRITE_10, false},
+        {"no streaming", Refuse(Hex("AA 00 00 00 00 00 00 00 00 10 80"), {5, 0x24, 0}), MMC_WRITE_12, false},
+    };
+    for (const auto& f : fallbacks) {
+        SetSCSIWriteFlags({});
+        ScriptedDiscDrive& disc = Load(kDiscKinds[4]);
+        disc.script.insert(disc.script.begin(), f.refusal);
+        EXPECT_EQ(Burn(), PROCESS_DONE) << f.name << ": " << progress.error;
+        std::vector<const SentCommand*> writes;
+        for (const SentCommand& sent : disc.sent)
+            if (sent.cdb[0] == MMC_WRITE_10 || sent.cdb[0] == MMC_WRITE_12) writes.push_back(&sent);
+        ASSERT_GT(writes.size(), 2u) << f.name;
+        for (size_t i = 1; i < writes.size(); ++i) {
+            EXPECT_EQ(writes[i]->cdb[0], f.laterOpcode) << f.name << " write " << i;
+            if (writes[i]->cdb[0] == MMC_WRITE_12) {
+                EXPECT_EQ((writes[i]->cdb[10] & 0x80) != 0, f.laterStreaming) << f.name;
+            }
+        }
+        EXPECT_TRUE(disc.closed) << f.name;
+    }
+}
+
+TEST_F(BurnDataDiskTest, VerificationNamesTheFileOfABadSectorButNotOfAVanishedOne) {
+    SmallTree();
+    Load(kDiscKinds[5]);
+    ASSERT_EQ(Burn(), PROCESS_DONE) << progress.error;
+    const uint32_t track = SectorOf("track.mp3");
+    ASSERT_GT(track, 0u);
+
+    ScriptedDiscDrive& bad = Load(kDiscKinds[5]);
+    bad.verifyError = track + 20;
+    EXPECT_EQ(Burn([](LBurnDataDisk& j) { j.settings.verifyBurn = true; }), PROCESS_FAILED);
+    EXPECT_EQ(job->error.code, 30u);
+    const std::string expected = "Error verifying file " + (tree / "album/deeper/track.mp3").string() +
+                                 " sectors " + std::to_string(track + 16) + " to " +
+                                 std::to_string(track + 31);
+    EXPECT_NE(progress.error.find(expected), std::string::npos) << progress.error;
+
+    // A file removed after it was added: reported, its sectors zeros, its verification passed.
+    ScriptedDiscDrive& disc = Load(kDiscKinds[5]);
+    EXPECT_EQ(Burn([&](LBurnDataDisk& j) {
+                  j.settings.verifyBurn = true;
+                  fs::remove(tree / "album/deeper/track.mp3");
+              }),
+              PROCESS_FAILED);
+    EXPECT_EQ(job->error.code, 41u);
+    ASSERT_FALSE(job->error.Chain().empty());
+    EXPECT_EQ(job->error.Chain().back().code, 41u);
+    EXPECT_EQ(std::string(job->error.Chain().back().text), (tree / "album/deeper/track.mp3").string());
+    for (const auto& data : {disc.sectors[track], disc.sectors[track + 50]})
+        EXPECT_EQ(data, std::vector<uint8_t>(2048, 0));
+    EXPECT_TRUE(disc.closed);
+    const std::vector<uint8_t> opcodes = disc.Opcodes();
+    EXPECT_NE(std::find(opcodes.begin(), opcodes.end(), MMC_READ_10), opcodes.end());
+}
+
+TEST_F(BurnDataDiskTest, StopsBeforeAndWhileWriting) {
+    SmallTree();
+    ScriptedDiscDrive& before = Load(kDiscKinds[4]);
+    progress.stopAfter = 0;
+    EXPECT_EQ(Burn(), PROCESS_STOPPED);
+    EXPECT_FALSE(before.written);
+
+    progress.stopAfter = -1;
+    ScriptedDiscDrive& during = Load(kDiscKinds[4]);
+    progress.stopWhenWritten = &during;
+    EXPECT_EQ(Burn(), PROCESS_FAILED);
+    EXPECT_EQ(job->error.code, 1u);
+    EXPECT_TRUE(during.written);
+    EXPECT_FALSE(during.closed);
+}
+
+TEST_F(BurnDataDiskTest, AnyDiscProjectsTakeTheKindOfTheLoadedDisc) {
+    const struct {
+        int project;
+        size_t kind;
+        int settled;
+    } cases[] = {
+        {PROJECT_ISO_DISK, 0, PROJECT_ISO_JOLIET_CD},   {PROJECT_ISO_DISK, 4, PROJECT_ISO_JOLIET_DVD},
+        {PROJECT_ISO_DISK, 6, PROJECT_ISO_BLURAY},      {PROJECT_UDF_DISK, 1, PROJECT_UDF_CD},
+        {PROJECT_UDF_DISK, 5, PROJECT_UDF_DVD},         {PROJECT_UDF_DISK, 7, PROJECT_UDF_BLURAY},
+        {PROJECT_HYBRID_DISK, 4, PROJECT_HYBRID_DISK},  {PROJECT_HYBRID_DVD, 4, PROJECT_HYBRID_DVD},
+    };
+    LAbstractFileSystem files;
+    for (const auto& c : cases) {
+        Load(kDiscKinds[c.kind]);
+        LBurnDataDisk burn(files, {}, c.project);
+        burn.settings.cdDrive = 0;
+        LSCSI device;
+        EXPECT_EQ(ProcessOpenDriveAndProject(progress, burn, device).code, 0u);
+        EXPECT_EQ(burn.media, kDiscKinds[c.kind].media);
+        EXPECT_EQ(burn.project, c.settled) << c.project << " on " << kDiscKinds[c.kind].name;
+    }
+}
+
+TEST(DiscVerifyTarget, ReadsARunUpToFiveTimes) {
+    const std::vector<uint8_t> expected(2 * 2048, 0x5A);
+    std::vector<uint8_t> other = expected;
+    other[100] = 0;
+    const struct {
+        const char* name;
+        std::vector<ScriptedAnswer> script;
+        BurnErrorCodeValue code;
+        size_t reads;
+    } cases[] = {
+        {"read at once", {Answer({MMC_READ_10}, expected)}, 0, 1},
+        {"read at the fifth try", {Refuse({MMC_READ_10}, {3, 0x11, 0}, 4), Answer({MMC_READ_10}, expected)}, 0, 5},
+        {"never read", {Refuse({MMC_READ_10}, {3, 0x11, 0})}, 31, 5},
+        {"other data", {Answer({MMC_READ_10}, other)}, 30, 5},
+        {"other data, then right", {Answer({MMC_READ_10}, other, 2), Answer({MMC_READ_10}, expected)}, 0, 3},
+    };
+    for (const auto& c : cases) {
+        ScriptedDevice s;
+        s.drive->script = c.script;
+        RecordingProgress progress;
+        LDiscVerifyTarget target(progress, s.device, 1000, 16);
+        EXPECT_EQ(target.WriteSectors(expected.data(), 10, 2).code, c.code) << c.name;
+        EXPECT_EQ(s.drive->sent.size(), c.reads) << c.name;
+        EXPECT_EQ(MMCGet32(&s.drive->sent[0].cdb[2]), 1010u) << c.name;
+    }
+    ScriptedDevice s;
+    RecordingProgress stopping;
+    stopping.stopAfter = 0;
+    LDiscVerifyTarget target(stopping, s.device, 0, 16);
+    EXPECT_EQ(target.WriteSectors(expected.data(), 0, 2).code, 1u);
+    EXPECT_TRUE(s.drive->sent.empty());
+}
+
+} // namespace

@@ -1,0 +1,458 @@
+// The Virtual Burner's MMC drive, driven with the SCSI layer's own command functions: each
+// media kind written the way its strategy writes it, the refusals a real drive gives, blanking
+// and formatting in the background, state kept across processes, and the drive opener.
+#include "burn/BurnMediaTypes.h"
+#include "disc/SCSICDB.h"
+#include "disc/SCSICommands.h"
+#include "disc/SCSISense.h"
+#include "disc/ScriptedDiscService.h"
+#include "drives/SystemDiscService.h"
+#include "drives/VirtualBurner.h"
+#include "drives/VirtualMMCDrive.h"
+#include "support/RecordingProgress.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr uint32_t kBlock = 2048;
+
+// Blocks whose bytes tell where they belong.
+std::vector<uint8_t> Pattern(uint32_t first, uint32_t count) {
+    std::vector<uint8_t> data(size_t{count} * kBlock);
+    for (size_t i = 0; i < data.size(); ++i) data[i] = uint8_t(first * 7 + i * 13 + i / kBlock);
+    return data;
+}
+
+class VirtualMMC : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char pattern[] = "/tmp/vinora-vmmc-XXXXXX";
+        folder = mkdtemp(pattern);
+        path = folder + "/disc";
+        SetSCSIWriteFlags({});
+    }
+    void TearDown() override {
+        SetSCSIWriteFlags({});
+        fs::remove_all(folder);
+    }
+
+public:
+    // "dvd+r" or "dvd+r,used": the media, then this test's disc file, then the options.
+    std::shared_ptr<LVirtualDisc> Disc(const std::string& setting) {
+        const size_t comma = setting.find(',');
+        const std::string text = setting.substr(0, comma) + ":" + path +
+                                 (comma == std::string::npos ? "" : setting.substr(comma));
+        LVirtualBurnerOptions options;
+        std::string error;
+        EXPECT_TRUE(LVirtualBurnerOptions::Parse(text, options, error)) << error;
+        return std::make_shared<LVirtualDisc>(options);
+    }
+    void Load(const std::string& setting) {
+        disc = Disc(setting);
+        auto drive = std::make_unique<LVirtualMMCDrive>(disc);
+        transport = drive.get();
+        device.Open(std::move(drive));
+    }
+    // Runs one command directly; the sense it ended with as "K/AA/QQ" ("0/00/00" when good).
+    std::string Run(const LSCSICDB& cdb, std::vector<uint8_t> out = {}, size_t in = 0) {
+        std::vector<uint8_t> reply(in);
+        LSCSICommand command{cdb.bytes, cdb.length, nullptr, 0, LSCSIDirection::None, 1000};
+        if (!out.empty()) command = {cdb.bytes, cdb.length, out.data(), out.size(), LSCSIDirection::ToDevice, 1000};
+        if (in) command = {cdb.bytes, cdb.length, reply.data(), in, LSCSIDirection::FromDevice, 1000};
+        LSCSITaskResult result;
+        EXPECT_TRUE(transport->Execute(command, result));
+        lastReply = reply;
+        lastResult = result;
+        return LSCSISenseText(LSCSISenseBytes(result.sense));
+    }
+    DiskInformation Info() {
+        DiskInformation info;
+        EXPECT_EQ(ProcessSCSIGetDiskInformation(job, device, info).code, 0u);
+        return info;
+    }
+    TrackInformation Track(uint32_t number) {
+        TrackInformation track;
+        EXPECT_EQ(ProcessSCSIReadTrackInformation(job, device, number, track).code, 0u);
+        return track;
+    }
+    BurnErrorCode WriteBlocks(uint32_t first, uint32_t count) {
+        const std::vector<uint8_t> data = Pattern(first, count);
+        for (uint32_t done = 0; done < count; done += 16) {
+            const uint32_t n = std::min(16u, count - done);
+            BurnErrorCode error =
+                ProcessSCSIWriteSectors(job, device, data.data() + size_t{done} * kBlock, first + done, n, kBlock);
+            if (error.code) return error;
+        }
+        return {};
+    }
+    std::vector<uint8_t> ReadBlocks(uint32_t first, uint32_t count) {
+        std::vector<uint8_t> data(size_t{count} * kBlock);
+        EXPECT_EQ(ProcessSCSIReadSectors(job, device, data.data(), first, count, kBlock), PROCESS_DONE);
+        return data;
+    }
+    static WriteParamModePage Parameters(uint8_t writeType, uint8_t trackMode) {
+        WriteParamModePage page;
+        page.bufferUnderrunFree = true;
+        page.writeType = writeType;
+        page.trackMode = trackMode;
+        page.dataBlockType = 8;
+        page.audioPause = 150;
+        return page;
+    }
+
+    std::string folder, path;
+    std::shared_ptr<LVirtualDisc> disc;
+    LVirtualMMCDrive* transport = nullptr;
+    LSCSI device;
+    RecordingProgress job;
+    std::vector<uint8_t> lastReply;
+    LSCSITaskResult lastResult;
+};
+
+// The command sequences of the data disc strategies, one per family of media.
+enum class Strategy { CDTrackAtOnce, DVDMinusAtOnce, DVDMinusRW, PlusR, PlusRW };
+
+struct MediaCase {
+    const char* media;
+    Strategy strategy;
+    int mediaType;
+};
+
+} // namespace
+
+TEST_F(VirtualMMC, EachMediaKindIsWrittenByItsStrategyClosedAndReadBack) {
+    const MediaCase cases[] = {
+        {"cd-r", Strategy::CDTrackAtOnce, MEDIA_CDR},    {"cd-rw", Strategy::CDTrackAtOnce, MEDIA_CDRW},
+        {"dvd-r", Strategy::DVDMinusAtOnce, MEDIA_DVDMR}, {"dvd-rw", Strategy::DVDMinusRW, MEDIA_DVDMRW},
+        {"dvd+r", Strategy::PlusR, MEDIA_DVDPR},         {"bd-r", Strategy::PlusR, MEDIA_BDR},
+        {"dvd+rw", Strategy::PlusRW, MEDIA_DVDPRW},      {"bd-re", Strategy::PlusRW, MEDIA_BDRE},
+    };
+    constexpr uint32_t kImage = 40;
+    for (const MediaCase& c : cases) {
+        SCOPED_TRACE(c.media);
+        fs::remove(path);
+        fs::remove(path + ".state");
+        Load(c.media);
+        int media = -1;
+        ASSERT_EQ(ProcessSCSIGetLoadedMediaType(job, device, media).code, 0u);
+        EXPECT_EQ(media, c.mediaType);
+        EXPECT_EQ(Info().discStatus, DISC_EMPTY);
+
+        auto ok = [](const BurnErrorCode& error) { return error.code == 0; };
+        switch (c.strategy) {
+        case Strategy::CDTrackAtOnce:
+            ASSERT_TRUE(ok(ProcessSCSISetWriteMode(job, device, Parameters(WRITE_TYPE_TRACK_AT_ONCE, 6))));
+            ASSERT_TRUE(ok(ProcessSCSIReserveTrack(job, device, kImage)));
+            break;
+        case Strategy::DVDMinusAtOnce:
+            ASSERT_TRUE(ok(ProcessSCSISetWriteMode(job, device, Parameters(WRITE_TYPE_SESSION_AT_ONCE, 5))));
+            ASSERT_TRUE(ok(ProcessSCSIReserveTrack(job, device, 48)));
+            break;
+        case Strategy::DVDMinusRW:
+            ASSERT_TRUE(ok(ProcessSCSISetWriteMode(job, device, Parameters(WRITE_TYPE_PACKET, 5))));
+            ASSERT_TRUE(ok(ProcessSCSIReserveTrack(job, device, 48)));
+            break;
+        case Strategy::PlusR:
+            ASSERT_TRUE(ok(ProcessSCSIReserveTrack(job, device, 48)));
+            break;
+        case Strategy::PlusRW:
+            break;
+        }
+        ASSERT_TRUE(ok(ProcessSCSIWaitUnitReady(job, device, false, 0)));
+        ASSERT_TRUE(ok(WriteBlocks(0, kImage)));
+        ASSERT_TRUE(ok(ProcessSCSISynchronizeCache(job, device)));
+        switch (c.strategy) {
+        case Strategy::CDTrackAtOnce:
+        case Strategy::DVDMinusAtOnce:
+            ASSERT_TRUE(ok(ProcessSCSICloseTrackSession(job, device, 1, 1, false)));
+            ASSERT_TRUE(ok(ProcessSCSICloseTrackSession(job, device, 2, 1, true)));
+            break;
+        case Strategy::DVDMinusRW:
+            ASSERT_TRUE(ok(ProcessSCSICloseTrackSession(job, device, 1, 1, false)));
+            ASSERT_TRUE(ok(ProcessSCSICloseTrackSession(job, device, 3, 1, false)));
+            break;
+        case Strategy::PlusR:
+            ASSERT_TRUE(ok(ProcessSCSICloseTrackSession(job, device, 1, 1, false)));
+            ASSERT_TRUE(ok(ProcessSCSICloseTrackSession(job, device, 2, 1, false)));
+            EXPECT_EQ(Info().discStatus, DISC_INCOMPLETE); // a closed session, still appendable
+            ASSERT_TRUE(ok(ProcessSCSICloseTrackSession(job, device, 6, 1, false)));
+            break;
+        case Strategy::PlusRW:
+            EXPECT_LT(Info().backgroundFormat, 3);
+            ASSERT_TRUE(ok(ProcessSCSICloseTrackSession(job, device, 0, 0, true)));
+            EXPECT_EQ(Info().backgroundFormat, 3);
+            break;
+        }
+        const DiskInformation info = Info();
+        EXPECT_EQ(info.discStatus, DISC_COMPLETE);
+        EXPECT_EQ(info.erasable, IsRewritable(disc->Media()));
+        EXPECT_EQ(ReadBlocks(0, kImage), Pattern(0, kImage));
+        EXPECT_EQ(fs::file_size(path), size_t{kImage} * kBlock);
+        // The disc is the same to a new process, and to the audio side.
+        LVirtualBurner audio(Disc(c.media));
+        EXPECT_FALSE(audio.CopyStatus().blank);
+        EXPECT_EQ(audio.Disc().GetState().tracks.size(), c.strategy == Strategy::PlusRW ? 0u : 1u);
+        EXPECT_GE(ProcessSCSIReadUsedCapacity(job, device, c.mediaType), kImage);
+    }
+}
+
+TEST_F(VirtualMMC, RefusesWhatARealDriveRefusesWithItsSense) {
+    struct Case {
+        const char* what;
+        const char* setting;
+        std::function<void(VirtualMMC&)> before;
+        LSCSICDB cdb;
+        size_t blocks; // sent with the command
+        const char* sense;
+    };
+    auto reserve = [](uint32_t n) { return [n](VirtualMMC& t) { t.Run(CDBReserveTrack(n)); }; };
+    auto none = [](VirtualMMC&) {};
+    const Case cases[] = {
+        {"write past the next writable address", "dvd+r", none, CDBWrite12(5, 1, true), 1, "5/21/02"},
+        {"write beyond the reserved track", "dvd-r", reserve(16), CDBWrite10(0, 32), 32, "5/21/00"},
+        {"write beyond the disc", "cd-r,capacity=10", none, CDBWrite10(0, 16), 16, "5/21/00"},
+        {"write beyond a rewritable", "bd-re,capacity=100", none, CDBWrite10(96, 8), 8, "5/21/00"},
+        {"write onto a finalised disc", "cd-r,used", none, CDBWrite10(4500, 1), 1, "5/21/02"},
+        {"DVD-R at once without reservation", "dvd-r",
+         [](VirtualMMC& t) { ProcessSCSISetWriteMode(t.job, t.device, Parameters(2, 5)); },
+         CDBWrite10(0, 1), 1, "5/2C/00"},
+        {"WRITE(12) on a drive without it", "dvd+rw,no-write12", none, CDBWrite12(0, 1, false), 1, "5/20/00"},
+        {"streaming on a drive without it", "dvd+rw,no-streaming", none, CDBWrite12(0, 1, true), 1, "5/24/00"},
+        {"a write over the bad block", "dvd+rw,write-error=20", none, CDBWrite10(16, 16), 16, "3/0C/00"},
+        {"no disc", "none", none, CDBTestUnitReady(), 0, "2/3A/00"},
+        {"tray open", "dvd+r,open", none, CDBRead10(0, 1), 0, "2/3A/02"},
+        {"unknown command", "dvd+r", none, LSCSICDB(0xFF), 0, "5/20/00"},
+        {"blanking a CD-R", "cd-r,used", none, CDBBlank(1, 0), 0, "5/30/05"},
+        {"formatting a DVD+R", "dvd+r", none, CDBFormatUnit(), 0, "5/30/05"},
+        {"reserving on a finalised disc", "dvd+r,used", none, CDBReserveTrack(300), 0, "5/72/05"},
+        {"a second reservation", "dvd+r", reserve(300), CDBReserveTrack(300), 0, "5/2C/00"},
+        {"reading what was never written", "dvd-r", none, CDBRead10(0, 1), 0, "5/21/00"},
+        {"ejecting a locked tray", "cd-r", [](VirtualMMC& t) { t.Run(CDBPreventAllowMediumRemoval(true)); },
+         CDBStartStopUnit(true, false), 0, "5/53/02"},
+        {"closing the session of a blank disc", "cd-r", none, CDBCloseTrackSession(2, 0), 0, "5/2C/00"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        fs::remove(path + ".state");
+        Load(c.setting);
+        c.before(*this);
+        const bool reads = c.cdb.bytes[0] == MMC_READ_10;
+        EXPECT_EQ(Run(c.cdb, Pattern(0, uint32_t(c.blocks)), reads ? kBlock : 0), c.sense);
+        EXPECT_EQ(lastResult.taskStatus, TASK_STATUS_CHECK_CONDITION);
+    }
+    // Nothing refused was written.
+    EXPECT_FALSE(fs::exists(path) && fs::file_size(path) > 0);
+}
+
+TEST_F(VirtualMMC, TheWriteLayerFallsBackAndReportsFaults) {
+    struct Case {
+        const char* setting;
+        BurnErrorCodeValue code;
+        const char* sense; // of the error record
+        LSCSIWriteFlags after;
+    };
+    const Case cases[] = {
+        {"dvd+rw,no-write12", 0, "0/00/00", {true, true}},
+        {"dvd+rw,no-streaming", 0, "0/00/00", {false, false}},
+        {"dvd+rw,write-error=40", 32, "3/0C/00", {false, true}},
+        {"dvd+r", 0, "0/00/00", {false, true}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.setting);
+        SetSCSIWriteFlags({});
+        fs::remove(path + ".state");
+        Load(c.setting);
+        const BurnErrorCode error = WriteBlocks(0, 64);
+        EXPECT_EQ(error.code, c.code);
+        EXPECT_EQ(LSCSISenseText({error.senseKey, error.additionalSenseCode,
+                                  error.additionalSenseCodeQualifier}), c.sense);
+        EXPECT_EQ(GetSCSIWriteFlags().useWrite10, c.after.useWrite10);
+        EXPECT_EQ(GetSCSIWriteFlags().streaming, c.after.streaming);
+        if (c.code == 0) EXPECT_EQ(ReadBlocks(0, 64), Pattern(0, 64));
+    }
+}
+
+TEST_F(VirtualMMC, ReadingBackTheBadVerifyBlockGivesOtherData) {
+    Load("dvd+rw,verify-error=17");
+    ASSERT_EQ(WriteBlocks(0, 32).code, 0u);
+    const std::vector<uint8_t> back = ReadBlocks(0, 32);
+    const std::vector<uint8_t> written = Pattern(0, 32);
+    for (uint32_t block = 0; block < 32; ++block)
+        EXPECT_EQ(std::equal(back.begin() + block * kBlock, back.begin() + (block + 1) * kBlock,
+                             written.begin() + block * kBlock),
+                  block != 17) << block;
+}
+
+TEST_F(VirtualMMC, NotReadyAfterLoadingCountsDown) {
+    Load("dvd+r,not-ready=3,open");
+    EXPECT_EQ(Run(CDBTestUnitReady()), "2/3A/02");
+    EXPECT_EQ(Run(CDBStartStopUnit(true, true)), "0/00/00");
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(Run(CDBTestUnitReady()), "2/04/01") << i;
+    EXPECT_EQ(Run(CDBTestUnitReady()), "0/00/00");
+    // Ejecting and loading again makes it not ready again, which the wait rides out.
+    EXPECT_EQ(ProcessSCSIEject(job, device).code, 0u);
+    EXPECT_TRUE(disc->TrayOpen());
+    EXPECT_EQ(ProcessSCSIWaitUnitReady(job, device, true, 1000).code, 14u);
+    EXPECT_EQ(ProcessSCSILoad(job, device).code, 0u);
+    EXPECT_EQ(ProcessSCSIWaitUnitReady(job, device, true, 0).code, 0u);
+    EXPECT_EQ(Run(CDBTestUnitReady()), "0/00/00");
+}
+
+TEST_F(VirtualMMC, BlankingAndFormattingReportProgressThenLeaveABlankDisc) {
+    struct Case {
+        const char* setting;
+        bool format;
+        const char* busy;
+    };
+    for (const Case& c : {Case{"cd-rw,used", false, "2/04/07"}, Case{"dvd-rw,used", false, "2/04/07"},
+                          Case{"dvd+rw,used", true, "2/04/04"}, Case{"bd-re,used", true, "2/04/04"}}) {
+        SCOPED_TRACE(c.setting);
+        fs::remove(path + ".state");
+        std::ofstream(path) << std::string(4 * kBlock, 'x');
+        Load(c.setting);
+        EXPECT_NE(Info().discStatus, DISC_EMPTY);
+        if (c.format) {
+            LFormatCapacities capacities;
+            ProcessSCSIReadFormatCapacity(job, device, 0, &capacities);
+            ASSERT_FALSE(capacities.descriptors.empty());
+            SFormat format;
+            format.descriptor = capacities.descriptors[0];
+            ASSERT_EQ(ProcessSCSIFormatUnit(job, device, format).code, 0u);
+        } else {
+            ASSERT_EQ(ProcessSCSIBlank(job, device, 1, 0).code, 0u);
+        }
+        EXPECT_EQ(Run(CDBTestUnitReady()), c.busy);
+        EXPECT_EQ(lastResult.sense[15], 0x80); // the progress is valid
+        job.progress.clear();
+        ASSERT_EQ(ProcessSCSIWaitUnitReadyWithProgress(job, device, false, 0).code, 0u);
+        ASSERT_GE(job.progress.size(), 2u);
+        EXPECT_TRUE(std::is_sorted(job.progress.begin(), job.progress.end()));
+        EXPECT_EQ(fs::file_size(path), 0u);
+        EXPECT_EQ(ProcessSCSIReadUsedCapacity(job, device, 0), 0u);
+        if (!c.format) EXPECT_EQ(Info().discStatus, DISC_EMPTY);
+        EXPECT_EQ(WriteBlocks(0, 16).code, 0u);
+    }
+    // A DVD+RW offers only its own format type.
+    Load("dvd+rw");
+    SFormat wrong;
+    wrong.descriptor = {1000, 0x00, 0};
+    EXPECT_EQ(ProcessSCSIFormatUnit(job, device, wrong).code, 46u);
+    EXPECT_EQ(LSCSISenseText(device.GetSense()), "5/26/00");
+}
+
+TEST_F(VirtualMMC, SessionsAndTracksSurviveTheProcessAndAppendAtTheNextWritableAddress) {
+    Load("dvd+r,capacity=10000");
+    ASSERT_EQ(ProcessSCSIReserveTrack(job, device, 320).code, 0u);
+    ASSERT_EQ(WriteBlocks(0, 40).code, 0u);
+    // A process that ends before closing leaves an open reserved track.
+    device.Close();
+    Load("dvd+r,capacity=10000");
+    TrackInformation open = Track(1);
+    EXPECT_TRUE(open.reserved && open.nextWritableValid);
+    EXPECT_EQ(open.nextWritable, 40u);
+    EXPECT_EQ(open.freeBlocks, 280u);
+    ASSERT_EQ(WriteBlocks(40, 20).code, 0u);
+    ASSERT_EQ(ProcessSCSICloseTrackSession(job, device, 1, 1, false).code, 0u);
+    ASSERT_EQ(ProcessSCSICloseTrackSession(job, device, 2, 1, false).code, 0u);
+    device.Close();
+
+    Load("dvd+r,capacity=10000");
+    DiskInformation info = Info();
+    EXPECT_EQ(info.discStatus, DISC_INCOMPLETE);
+    EXPECT_EQ(info.sessions, 2u);
+    EXPECT_EQ(info.lastTrackInLastSession, 2u);
+    uint32_t capacity = 0;
+    ASSERT_EQ(ProcessSCSIGetWritableCapacity(job, device, info, MEDIA_DVDPR, capacity).code, 0u);
+    EXPECT_EQ(capacity, 9680u);
+    TrackInformation next = Track(255);
+    EXPECT_EQ(next.track, 2u);
+    EXPECT_EQ(next.nextWritable, 320u); // the reserved track was padded to its size
+    EXPECT_EQ(Run(CDBWrite10(60, 1), Pattern(60, 1)), "5/21/02");
+    ASSERT_EQ(WriteBlocks(320, 16).code, 0u);
+    ASSERT_EQ(ProcessSCSICloseTrackSession(job, device, 6, 2, false).code, 0u);
+    device.Close();
+
+    Load("dvd+r,capacity=10000");
+    info = Info();
+    EXPECT_EQ(info.discStatus, DISC_COMPLETE);
+    EXPECT_EQ(info.sessions, 2u);
+    EXPECT_EQ(info.firstTrackInLastSession, 2u);
+    EXPECT_EQ(Track(1).size, 320u);
+    EXPECT_EQ(Track(2).start, 320u);
+    EXPECT_EQ(ReadBlocks(40, 20), Pattern(40, 20));
+    EXPECT_EQ(ReadBlocks(320, 16), Pattern(320, 16));
+    EXPECT_EQ(Run(CDBReadTrackInformation(255, 36), {}, 36), "5/24/00");
+}
+
+TEST_F(VirtualMMC, DescribesItselfAndTheDisc) {
+    Load("cd-rw");
+    EXPECT_EQ(GetDeviceMMCName(job, device), "Vinora Virtual Burner");
+    DriveCapabilities capabilities;
+    ASSERT_EQ(ProcessSCSIGetDeviceCapabilities(job, device, capabilities).code, 0u);
+    EXPECT_TRUE(capabilities.canWriteCDR && capabilities.canWriteCDRW && capabilities.canWriteDVDR &&
+                capabilities.canWriteDVDRW && capabilities.canWriteDVDPR && capabilities.canWriteDVDPRW);
+    EXPECT_FALSE(capabilities.canWriteBD);
+    EXPECT_EQ(capabilities.maxWriteSpeed, 48u * 177);
+    bool cav = false;
+    EXPECT_TRUE(ProcessSCSIHasFeature(job, device, 0x0027, &cav));
+    EXPECT_TRUE(cav);
+    // A blank CD's capacity comes from its lead-out: 150 blocks before block 0 count.
+    uint32_t capacity = 0;
+    ASSERT_EQ(ProcessSCSIGetWritableCapacity(job, device, Info(), MEDIA_CDRW, capacity).code, 0u);
+    EXPECT_EQ(capacity, 359847u + 150);
+    ATIPInfo atip;
+    ASSERT_EQ(ProcessSCSICDReadATIP(job, device, atip).code, 0u);
+    EXPECT_TRUE(atip.erasable);
+    EXPECT_EQ(atip.leadOutStart.Sectors(), 359847u + 150);
+    EXPECT_EQ(ProcessSCSISetWriteSpeed(job, device, 8, capabilities.maxWriteSpeed, MEDIA_CDRW, 0).code, 0u);
+
+    Load("bd-r");
+    ASSERT_EQ(ProcessSCSIGetDeviceCapabilities(job, device, capabilities).code, 0u);
+    EXPECT_TRUE(capabilities.canWriteBD);
+    EXPECT_EQ(capabilities.maxWriteSpeed, 6u * 4495);
+    EXPECT_EQ(ProcessSCSIReadFormatCapacity(job, device, MEDIA_BDR), 12219392u);
+    EXPECT_EQ(ProcessSCSISetWriteSpeed(job, device, 0, 0, MEDIA_BDR, 1000).code, 0u);
+    // DVD-R/RW take incremental or at-once recording only.
+    Load("dvd-rw");
+    EXPECT_EQ(ProcessSCSISetWriteMode(job, device, Parameters(WRITE_TYPE_TRACK_AT_ONCE, 5)).code, 33u);
+    EXPECT_EQ(ProcessSCSISetCachingMode(job, device).code, 0u);
+}
+
+TEST(VirtualMMCOpener, RoutesTheVirtualBurnerAndSaysWhyOthersFail) {
+    char pattern[] = "/tmp/vinora-vmmc-open-XXXXXX";
+    const std::string folder = mkdtemp(pattern);
+    LSystemDiscService service("dvd+r:" + folder + "/disc", false);
+    auto real = std::make_shared<ScriptedDisc>();
+    const LSCSI::Opener opener = MakeSCSIDriveOpener(
+        [&] {
+            std::vector<LDiscDeviceRef> devices{real};
+            for (const LDiscDeviceRef& device : service.CopyDeviceArray()) devices.push_back(device);
+            return devices;
+        },
+        service.VirtualBurner(), folder);
+    LSCSI device(opener);
+    ASSERT_TRUE(device.OpenCDROMDrive(1)) << device.GetOpenError();
+    RecordingProgress job;
+    EXPECT_EQ(GetDeviceMMCName(job, device), "Vinora Virtual Burner");
+    int media = -1;
+    ASSERT_EQ(ProcessSCSIGetLoadedMediaType(job, device, media).code, 0u);
+    EXPECT_EQ(media, MEDIA_DVDPR);
+
+    struct Case {
+        int index;
+        const char* error;
+    };
+    for (const Case& c : {Case{0, "No optical drive device"}, Case{2, "There is no drive number 2"},
+                          Case{-1, "There is no drive number -1"}}) {
+        EXPECT_FALSE(device.OpenCDROMDrive(c.index));
+        EXPECT_NE(device.GetOpenError().find(c.error), std::string::npos) << device.GetOpenError();
+    }
+    fs::remove_all(folder);
+}

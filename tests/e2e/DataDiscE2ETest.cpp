@@ -1,0 +1,76 @@
+// vinora-cli burn-data onto the Virtual Burner's DVD+R: with a fixed SOURCE_DATE_EPOCH the disc
+// holds, block for block, what vinora-cli mkiso writes for the same tree; isoinfo, udfinfo and
+// 7z read it back file for file; and the finalised disc takes nothing more.
+#include "support/DiscTreeFiles.h"
+#include "support/TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class DataDiscE2E : public ::testing::Test {
+protected:
+    // Runs vinora-cli in the home folder with the reproducible clock and `environment`.
+    std::string Cli(const std::string& arguments, int* status, const std::string& environment = "") {
+        return RunCommand("cd " + ShellQuote(home.Path()) + " && SOURCE_DATE_EPOCH=1700000000 " +
+                              environment + VINORA_CLI + " " + arguments + " 2>&1",
+                          status);
+    }
+
+    TempHome home;
+};
+
+} // namespace
+
+TEST_F(DataDiscE2E, BurntDVDPlusREqualsTheImageAndReadsBackWithEveryTool) {
+    const fs::path tree = home.Path() / "Archive";
+    const std::string longName = "Ünïcödé " + std::string(40, 'x') + " ßßßß tune.mp3";
+    ASSERT_GT(longName.size(), 64u);
+    WriteTreeFile(tree / "Side A" / "Deeper" / "Deepest" / longName, RandomBytes(5000, 1));
+    WriteTreeFile(tree / "Side A" / "Report 1.doc", "with a space");
+    WriteTreeFile(tree / "Side A" / "Report1.doc", "without");
+    WriteTreeFile(tree / "Side A" / "Recording of the first side.wav", RandomBytes(3000, 2));
+    WriteTreeFile(tree / "Side A" / "Recording of the second side.wav", RandomBytes(3001, 3));
+    WriteTreeFile(tree / "empty.wav", "");
+    WriteTreeFile(tree / "exact.bin", RandomBytes(2048, 4));
+    WriteTreeFile(tree / "Side B" / "whole side.wav", RandomBytes(50u * 1024 * 1024, 5));
+
+    int status = -1;
+    // The tray stays in after the burn: verifying then needs nobody to close it.
+    Cli("settings set CDRecorder CDLoadEject 0", &status);
+    ASSERT_EQ(status, 0);
+    const fs::path image = home.Path() / "archive.iso";
+    std::string said = Cli("mkiso " + ShellQuote(image) + " --label Archive --project 9 Archive", &status);
+    ASSERT_EQ(status, 0) << said;
+    const fs::path disc = home.Path() / "disc";
+    const std::string burner = "VINORA_VIRTUAL_BURNER=" + ShellQuote("dvd+r:" + disc.string()) + " ";
+    said = Cli("burn-data Archive --label Archive --project 9 --verify", &status, burner);
+    ASSERT_EQ(status, 0) << said;
+    EXPECT_NE(said.find("Verifying the burn"), std::string::npos) << said;
+
+    // Block 0 to the image's end: the same bytes; a DVD+R's track ends on a 16-block boundary.
+    const uintmax_t size = fs::file_size(image);
+    ASSERT_GE(fs::file_size(disc), size);
+    RunCommand("cmp -n " + std::to_string(size) + " " + ShellQuote(image) + " " + ShellQuote(disc), &status);
+    EXPECT_EQ(status, 0);
+
+    const std::string info = RunCommand("isoinfo -d -i " + ShellQuote(disc));
+    EXPECT_NE(info.find("Volume id: ARCHIVE"), std::string::npos) << info;
+    EXPECT_NE(info.find("Joliet with UCS level 3 found"), std::string::npos) << info;
+    const std::string udf = RunCommand("udfinfo " + ShellQuote(disc) + " 2>&1", &status);
+    EXPECT_EQ(status, 0) << udf;
+    EXPECT_NE(udf.find("label=Archive"), std::string::npos) << udf;
+    EXPECT_EQ(ExpectExtractedTree(disc, tree, home.Path(), home.Path()).size(), 8u);
+
+    // Finalised: a second burn is refused and the disc is left as it was.
+    const std::string before = RunCommand("md5sum < " + ShellQuote(disc));
+    said = Cli("burn-data Archive --label Archive --project 9", &status, burner);
+    EXPECT_EQ(status, 2);
+    EXPECT_NE(said.find("The inserted disk is a DVD+R and is not empty or erasable"), std::string::npos)
+        << said;
+    EXPECT_EQ(RunCommand("md5sum < " + ShellQuote(disc)), before);
+}
