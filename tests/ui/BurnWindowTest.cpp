@@ -51,7 +51,18 @@ protected:
                    " && sox -n -r 44100 -c 2 -b 16 c.wav synth 3 sine 660"
                    " && lame --quiet c.wav c.mp3 && rm c.wav");
     }
-    ~BurnWindowTest() override { SetDiscService(nullptr); }
+    ~BurnWindowTest() override {
+        SetSCSIDriveOpener({});
+        SetDiscService(nullptr);
+    }
+
+    // The Virtual Burner as the program's only drive, for the disc service and the SCSI layer.
+    static void UseBurner(const std::string& setting) {
+        auto service = std::make_shared<LSystemDiscService>(setting, false);
+        SetDiscService(service);
+        SetSCSIDriveOpener(MakeSCSIDriveOpener([service] { return service->CopyDeviceArray(); },
+                                               service->VirtualBurner()));
+    }
 
     // Presses a toolbar button and finishes the burn form of the wizard it opens, keeping the
     // headings of the pages passed.
@@ -105,7 +116,7 @@ protected:
 };
 
 TEST_F(BurnWindowTest, BurnAudioMakesACDOfTheSelectedRowsInListOrder) {
-    SetDiscService(std::make_shared<LSystemDiscService>("cd-r:" + disc.string(), false));
+    UseBurner("cd-r:" + disc.string());
     LMainWindow* shown = nullptr;
     LMainWindow window{LDesktopWindows(&shown)};
     shown = &window;
@@ -142,7 +153,7 @@ TEST_F(BurnWindowTest, BurnAudioMakesACDOfTheSelectedRowsInListOrder) {
 }
 
 TEST_F(BurnWindowTest, BurnMP3MakesADataDiscOfMP3Files) {
-    SetDiscService(std::make_shared<LSystemDiscService>("dvd+r:" + disc.string(), false));
+    UseBurner("dvd+r:" + disc.string());
     LMainWindow* shown = nullptr;
     LMainWindow window{LDesktopWindows(&shown)};
     shown = &window;
@@ -157,13 +168,6 @@ TEST_F(BurnWindowTest, BurnMP3MakesADataDiscOfMP3Files) {
     EXPECT_EQ(DataFolders(), before);
     // Nothing selected: the burn took every row.
     EXPECT_EQ(window.Dialog().List().Selected(), (std::vector<int>{0, 1, 2}));
-    // Until the data disc job writes to drives it takes the empty image path it is given for a
-    // file name, and fails naming it.
-    for (const std::string& message : Messages())
-        if (message.starts_with("Error: ") && (message.find("\"\"") != std::string::npos ||
-                                               message.find(": : ") != std::string::npos))
-            GTEST_SKIP() << "the data disc job cannot burn to a drive yet: " << message;
-
     const std::vector<std::string> messages = Messages();
     ASSERT_EQ(messages.size(), 2u) << testing::PrintToString(messages);
     EXPECT_NE(messages[1].find("Total Files Burned: 3\r\nTotal Size:"), std::string::npos)
@@ -178,6 +182,8 @@ TEST_F(BurnWindowTest, BurnMP3MakesADataDiscOfMP3Files) {
     RunCommand("cmp " + ShellQuote(files / "c.mp3") + " " + ShellQuote(output / "c.mp3"), &status);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(RunCommand("soxi -t " + ShellQuote(files / "a.mp3")), "mp3\n");
+    EXPECT_NE(RunCommand("isoinfo -d -i " + ShellQuote(disc)).find("Volume id: CDLABEL"),
+              std::string::npos);
 }
 
 } // namespace
