@@ -90,10 +90,6 @@ void MainDialog::UpdateMainWindowCDInfo(bool detectDisc) {
     SetStatus(2, amount + " / " + capacity);
 }
 
-void MainDialog::OnSelectionChanged() {
-    if (filesProcessing_ < 1) UpdateMainWindowCDInfo(false);
-}
-
 void MainDialog::CmBurnWizard(bool audio) {
     SetTotalFileDurations(true);
     const bool setOutputFormat = LUserSettingGet<bool>("Wizard", "SetOutputFormat", true);

@@ -114,8 +114,6 @@ public:
     // is selected) total time for an audio CD (output format 4) or size, and the free room of
     // the disc in the burner (asked of the drive when `detectDisc`).
     void UpdateMainWindowCDInfo(bool detectDisc);
-    // The view's selection changed: the disc totals follow it while no files are queued.
-    void OnSelectionChanged();
     // Commands 2011 and 2012: the setup wizard in the burn mode, the output format settings
     // set for it and restored after.
     void CmBurnWizard(bool audio);

@@ -242,7 +242,6 @@ void LMainWindow::SelectionChanged() {
     for (int row = 0; row < rows.Count(); ++row)
         rows.Select(row, list_->selectionModel()->isRowSelected(row, {}));
     UpdateActions();
-    dialog_->OnSelectionChanged();
 }
 
 void LMainWindow::RowsChanged() {
