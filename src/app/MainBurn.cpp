@@ -2,6 +2,7 @@
 // the burn entry for audio CDs and data discs, erase and eject.
 #include "app/MainDialog.h"
 
+#include "app/BurnWizardPages.h"
 #include "app/MainDialogText.h"
 #include "codecs/AudioFileSource.h"
 #include "platform/Log.h"
@@ -169,9 +170,9 @@ bool MainDialog::BurnAudioCD() {
 bool MainDialog::BurnDataDisc() {
     LAbstractFileSystem compilation;
     compilation.SetFSVolumeLabel(LUserSettingGetString("CDRecorder", "CDLabel", "CDLabel"));
-    const int type = LUserSettingGet<int>("OutputFormat", "DataCDType", 1);
+    const int type = LUserSettingGet<int>("OutputFormat", "DataCDType", DATA_CD_MP3);
     const bool reencodeAll = LUserSettingGet<bool>("OutputFormat", "ReencodeAllFiles", false);
-    const char* extension = type == 0 ? ".wav" : ".mp3";
+    const char* extension = type == DATA_CD_WAVE ? ".wav" : ".mp3";
     LTemporaryFolder folder(kTemporaryRoot, "vinora-data-");
     if (folder.Path().empty()) {
         const std::string text = Printf("No temporary folder could be made in %s: %s",
@@ -185,7 +186,7 @@ bool MainDialog::BurnDataDisc() {
         std::string file = path;
         char ext[kPathBufferSize];
         _GetFileExtensionFromPath(ext, path.c_str());
-        if (type != 2 && (reencodeAll || strcasecmp(ext, extension) != 0)) {
+        if (type != DATA_CD_AS_THEY_ARE && (reencodeAll || strcasecmp(ext, extension) != 0)) {
             file = ConvertForDataDisc(path, folder.Path(), extension);
             if (file.empty()) continue;
         }
