@@ -159,7 +159,7 @@ bool MainDialog::BurnAudioCD() {
         return false;
     }
     LOG("Burning CD Audio Disc");
-    const LProcessResult result = view_.RunJob(
+    const LProcessResult result = RunBurnJob(
         "Burn Audio CD", [&](LProcessInterface& progress) { return burnJobs_.audio(progress, job); });
     if (result == PROCESS_FAILED) LOGERROR("Audio CD burn: %s", job.error.Describe().c_str());
     return ReportBurn(result, Printf(kAudioDone, count,
@@ -199,7 +199,7 @@ bool MainDialog::BurnDataDisc() {
     }
     LOG("Burning CD/DVD Data Disc");
     LBurnDataDisk job(compilation, "", kDataDiscProject);
-    const LProcessResult result = view_.RunJob(
+    const LProcessResult result = RunBurnJob(
         "Burn Data CD/DVD", [&](LProcessInterface& progress) { return burnJobs_.data(progress, job); });
     folder.Remove();
     if (result == PROCESS_FAILED) LOGERROR("Data disc burn: %s", job.error.Describe().c_str());
@@ -232,6 +232,22 @@ std::string MainDialog::ConvertForDataDisc(const std::string& path, const std::s
         return {};
     }
     return converted;
+}
+
+LProcessResult MainDialog::RunBurnJob(
+    const char* caption, const std::function<LProcessResult(LProcessInterface&)>& burn) {
+    bool stopped = false;
+    const LProcessResult result = view_.RunJob(caption, [&](LProcessInterface& progress) {
+        const LProcessResult ended = burn(progress);
+        stopped = progress.IsToStop();
+        return ended;
+    });
+    // A burn the user stopped is not a failure of the drive or the disc.
+    if (result == PROCESS_FAILED && stopped) {
+        LOG("Burn stopped by the user");
+        return PROCESS_STOPPED;
+    }
+    return result;
 }
 
 bool MainDialog::ReportBurn(LProcessResult result, const std::string& doneText) {

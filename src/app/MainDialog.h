@@ -166,6 +166,10 @@ private:
     // it was left out.
     std::string ConvertForDataDisc(const std::string& path, const std::string& folder,
                                    const char* extension);
+    // Runs a burn job behind its progress window; a job that fails because the user stopped it
+    // counts as stopped.
+    LProcessResult RunBurnJob(const char* caption,
+                              const std::function<LProcessResult(LProcessInterface&)>& burn);
     // After a burn: the failure message, or the eject and the question for another copy.
     bool ReportBurn(LProcessResult result, const std::string& doneText);
 

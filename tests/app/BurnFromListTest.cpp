@@ -29,10 +29,16 @@ constexpr const char* kCommence =
 constexpr const char* kBurnFailed = "Burn has failed. There may be a problem with the drive or "
                                     "disc. Please try another disk or try a lower speed.";
 
+// The user pressed Stop.
+struct StoppedInterface : LProcessInterfaceVoid {
+    bool IsToStop() override { return true; }
+};
+
 // Runs every job at once without a window; `beforeJob` sees the caption first.
 struct JobView : LMainDialogView {
     std::vector<std::string> jobs;
     std::function<void(const std::string&)> beforeJob;
+    bool userStops = false;
     void RowsChanged() override {}
     void StatusChanged(int) override {}
     void BeginRename(int) override {}
@@ -42,6 +48,10 @@ struct JobView : LMainDialogView {
                           const std::function<LProcessResult(LProcessInterface&)>& job) override {
         jobs.push_back(caption);
         if (beforeJob) beforeJob(caption);
+        if (userStops) {
+            StoppedInterface stopped;
+            return job(stopped);
+        }
         LProcessInterfaceVoid none;
         return job(none);
     }
@@ -224,6 +234,24 @@ TEST_F(BurnFromListTest, AFailedBurnSaysSoLogsAndEjects) {
     EXPECT_NE(Log().find("Burn FAILED"), std::string::npos);
     EXPECT_FALSE(fs::exists(disc.string() + ".cue"));
     EXPECT_TRUE(Disc().TrayOpen());
+}
+
+TEST_F(BurnFromListTest, ABurnTheUserStopsIsNotAFailure) {
+    ThreeRows();
+    LUserSettingSet<bool>("CDRecorder", "EraseCDRW", false);
+    view.userStops = true;
+    // The jobs end as they do when stopped while writing: failed.
+    dialog.BurnJobs().audio = [](LProcessInterface&, LCDBurnAudio&) { return PROCESS_FAILED; };
+    dialog.BurnJobs().data = [](LProcessInterface&, LBurnDataDisk&) { return PROCESS_FAILED; };
+    dialog.BurnJobs().convert = [](LProcessInterface&, LProcessConvert&) { return PROCESS_STOPPED; };
+    for (bool audio : {true, false}) {
+        ui.ClearCalls();
+        ui.QueueAnswer(LMessageAnswer::Ok);
+        dialog.BurnSelectedFiles(audio);
+        EXPECT_EQ(Messages(), std::vector<std::string>{kCommence}) << audio;
+    }
+    EXPECT_EQ(Log().find("Burn FAILED"), std::string::npos);
+    EXPECT_FALSE(Disc().TrayOpen());
 }
 
 TEST_F(BurnFromListTest, BurnsThatDoNotStart) {
