@@ -1,6 +1,7 @@
 #include "app/AppStartup.h"
 
 #include "app/ProcessListThread.h"
+#include "drives/SystemDiscService.h"
 #include "jobs/MainThreadQueue.h"
 #include "jobs/UserInteraction.h"
 #include "platform/FileOps.h"
@@ -50,6 +51,10 @@ LAppStartup::~LAppStartup() {
 void LAppStartup::StartQueue(LMainNotifyTarget* target) {
     gMainNotify.SetTarget(target);
     thrConvertList.SetListFilePath(LQueueFilePath().c_str(), STOP_KEEP_LIST, true);
+}
+
+void LAppStartup::InstallDrives() {
+    InstallSystemDiscService();
 }
 
 std::string LQueueFilePath() {

@@ -26,6 +26,9 @@ public:
 
     // Points the queue's reports at the window (nullptr: dropped) and resumes the queue file.
     void StartQueue(LMainNotifyTarget* target);
+    // The desktop program's drives: the burners libburn finds and the Virtual Burner that
+    // VINORA_VIRTUAL_BURNER describes. Before the main window exists, which watches them.
+    void InstallDrives();
 };
 
 // The processing queue's file, "vnprocesses.list" in the application data folder.

@@ -2,9 +2,11 @@
 
 #include "app/AppStartup.h"
 #include "app/MainCommands.h"
+#include "app/MainDialogText.h"
 #include "app/ProcessListThread.h"
 #include "app/SoundEditor.h"
 #include "codecs/AudioFileSource.h"
+#include "disc/DiskEventListener.h"
 #include "codecs/AudioFileTypes.h"
 #include "jobs/MainThreadQueue.h"
 #include "jobs/UserInteraction.h"
@@ -47,36 +49,6 @@ std::string FolderOf(const std::string& path) {
     char folder[kPathBufferSize];
     _GetFolderFromPath(folder, path.c_str());
     return folder;
-}
-
-std::string FileOf(const std::string& path) {
-    char file[kPathBufferSize];
-    _GetFileFromPath(file, path.c_str());
-    return file;
-}
-
-std::string Join(const std::string& folder, const std::string& name) {
-    char path[kPathBufferSize];
-    _MakeFilePath(path, folder.c_str(), name.c_str());
-    return path;
-}
-
-bool Exists(const std::string& path) {
-    return access(path.c_str(), F_OK) == 0;
-}
-
-LMessageAnswer Ask(const std::string& text, const char* caption, LMessageButtons buttons) {
-    return UserInteraction().ShowMessage(caption, text, buttons);
-}
-
-void Tell(const std::string& text, const char* caption = kProgramName) {
-    UserInteraction().ShowMessage(caption, text, LMessageButtons::Ok);
-}
-
-std::string Printf(const char* format, auto... values) {
-    char text[1024];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
 }
 
 // A row for a file, from its header (never a full decode); false when it is not audio.
@@ -125,8 +97,11 @@ void MainDialog::InitDialog() {
              "and install it into the Components folder.");
     gMainNotify.SetTarget(this);
     thrConvertList.SetListFilePath(LQueueFilePath().c_str(), STOP_KEEP_LIST, true);
+    diskEvents_ = std::make_unique<LDiskEventListener>([this](int command) { Post(command); },
+                                                       WM_DISC_INSERTED, WM_DISC_EJECTED);
     LOG("%s Started", kProgramName);
     LoadSavedAudioFiles();
+    UpdateMainWindowCDInfo(true);
     SetStatus(0, Printf("%s %.2f", kProgramName, kProgramVersion));
 }
 
@@ -155,10 +130,7 @@ bool MainDialog::IsCommandEnabled(int id) const {
         break;
     case CM_BURN_AUDIO_CD:
     case CM_BURN_DATA_DISC:
-        if (!windows_.burn) return false;
-        break;
-    case CM_EJECT_DISC:
-        if (!windows_.ejectDisc) return false;
+        if (!windows_.burnWizard) return false;
         break;
     case CM_EDIT_TAG:
         if (!windows_.editTag) return false;
@@ -188,8 +160,10 @@ void MainDialog::RunCommand(int id) {
         break;
     case CM_RECORD:
         SetTotalFileDurations(false);
+        UpdateMainWindowCDInfo(false);
         windows_.recordingWindow();
         SetTotalFileDurations(false);
+        UpdateMainWindowCDInfo(false);
         break;
     case CM_ADD_FILES:
         CmAddFiles();
@@ -218,10 +192,10 @@ void MainDialog::RunCommand(int id) {
         break;
     case CM_BURN_AUDIO_CD:
     case CM_BURN_DATA_DISC:
-        windows_.burn(id == CM_BURN_AUDIO_CD);
+        CmBurnWizard(id == CM_BURN_AUDIO_CD);
         break;
     case CM_EJECT_DISC:
-        windows_.ejectDisc();
+        CmEjectDisc();
         break;
     case CM_OPEN_MUSIC_FOLDER:
     case CM_VIEW_RECORDINGS_FOLDER:
@@ -279,11 +253,18 @@ void MainDialog::OnMainNotify(int message, const std::string& text, int value) {
 
 void MainDialog::OnMessage(int message, const std::string& text, int value) {
     switch (message) {
-    case WM_ERASE_DISC:
-        if (windows_.eraseDisc) windows_.eraseDisc();
+    case WM_ERASE_DISC: {
+        std::string failure;
+        if (EraseDisc("Erasing Disc", &failure) == PROCESS_FAILED)
+            Tell("Erasing of the disc has failed: " + failure);
         break;
+    }
     case WM_RECORDING_START_BURN:
-        if (windows_.burn) windows_.burn(value != 0);
+        BurnSelectedFiles(value != 0);
+        break;
+    case WM_DISC_INSERTED:
+    case WM_DISC_EJECTED:
+        UpdateMainWindowCDInfo(true);
         break;
     case WM_HIDE_WINDOW:
         view_.HideWindow();
@@ -517,6 +498,7 @@ void MainDialog::AddFiles(const std::vector<std::string>& paths) {
     if (failed)
         Tell("One or more files were not added because either those files already exist in the "
              "list or Vinora Records does not support the file formats of those files.");
+    UpdateMainWindowCDInfo(false);
 }
 
 void MainDialog::CmRemoveFiles() {
@@ -534,6 +516,7 @@ void MainDialog::CmRemoveFiles() {
             unlink(path.c_str());
     view_.RowsChanged();
     SetTotalFileDurations(false);
+    UpdateMainWindowCDInfo(false);
 }
 
 void MainDialog::CmCopyTo() {
@@ -701,6 +684,7 @@ void MainDialog::OpenWizard() {
     LUserSettingSet<bool>("Wizard", "Activated", true);
     windows_.wizard();
     SetTotalFileDurations(false);
+    UpdateMainWindowCDInfo(false);
 }
 
 bool MainDialog::CanClose() {

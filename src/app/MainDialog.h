@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppStartup.h"
+#include "app/BurnJobs.h"
 #include "app/MainNotify.h"
 #include "app/RecordingsList.h"
 #include "record/RecordingPage.h"
@@ -13,6 +14,7 @@
 #include <vector>
 
 class LAudioTagData;
+class LDiskEventListener;
 
 // Window messages the main window receives besides the queue's (see MainNotify.h) and the
 // recording window's (see record/RecordingPage.h).
@@ -23,6 +25,8 @@ enum LMainWindowMessage : int {
     WM_OPEN_RECORDING_WINDOW = 2039,  // the wizard asks for a recording session
     WM_OPEN_WIZARD = 2040,            // open the setup wizard
     WM_RELOAD_LIST = 2041,            // the output folder changed
+    WM_DISC_INSERTED = 2052,          // a disc came into a drive
+    WM_DISC_EJECTED = 2053,           // a disc left a drive
 };
 
 // What the main window's logic asks of the window that shows it.
@@ -53,9 +57,8 @@ struct LMainDialogWindows {
     std::function<void()> preferences;
     // False when the file cannot be played.
     std::function<bool(const std::string& path)> playAndSplit;
-    std::function<void(bool audio)> burn;
-    std::function<void()> ejectDisc;
-    std::function<void()> eraseDisc;
+    // The setup wizard in a burn mode: "Audio" (audio CD) or "Data" (data disc).
+    std::function<void(const char* mode)> burnWizard;
     // The tag editors: true when the user pressed OK.
     std::function<bool(LAudioTagData& tags, const std::string& path)> editTag;
     std::function<bool(LAudioTagData& tags)> editTagList;
@@ -107,6 +110,23 @@ public:
     void SetTotalFileDurations(bool selectedOnly);
     std::string GrabTotalFileDuration(bool duration, bool selectedOnly);
 
+    // Disc burning. Status pane 2 := "amount / capacity": the selected rows' (all rows' when none
+    // is selected) total time for an audio CD (output format 4) or size, and the free room of
+    // the disc in the burner (asked of the drive when `detectDisc`).
+    void UpdateMainWindowCDInfo(bool detectDisc);
+    // Commands 2011 and 2012: the setup wizard in the burn mode, the output format settings
+    // set for it and restored after.
+    void CmBurnWizard(bool audio);
+    // Message 2032: burns the selected rows (all when none is selected) to an audio CD or a data
+    // disc, as often as the user asks for another copy.
+    void BurnSelectedFiles(bool audio);
+    // Message 116 and the erase before a burn: the erase job behind a progress window with the
+    // caption; a failure's reason goes to `failure`.
+    LProcessResult EraseDisc(const char* caption, std::string* failure = nullptr);
+    // Command 2051.
+    void CmEjectDisc();
+    LBurnJobs& BurnJobs() { return burnJobs_; }
+
     // The exit checks: true when the program may close.
     bool CanClose();
     // Stops the queue thread; its current request stays queued for the next start.
@@ -139,6 +159,19 @@ private:
     void CopyJoinedToOutputFolder(const std::string& path);
     void OpenWizard();
     std::vector<std::string> SelectedPaths() const;
+    // One burn of the selected rows; true when the user asks for another copy.
+    bool BurnAudioCD();
+    bool BurnDataDisc();
+    // Converts a file for a data disc into `folder`; the converted file's path, or empty when
+    // it was left out.
+    std::string ConvertForDataDisc(const std::string& path, const std::string& folder,
+                                   const char* extension);
+    // Runs a burn job behind its progress window; a job that fails because the user stopped it
+    // counts as stopped.
+    LProcessResult RunBurnJob(const char* caption,
+                              const std::function<LProcessResult(LProcessInterface&)>& burn);
+    // After a burn: the failure message, or the eject and the question for another copy.
+    bool ReportBurn(LProcessResult result, const std::string& doneText);
 
     LMainDialogView& view_;
     LMainDialogWindows windows_;
@@ -149,6 +182,8 @@ private:
     bool processingNoticePending_ = false;
     std::string oldName_;
     bool loading_ = false; // listing the output folder
+    LBurnJobs burnJobs_;
+    std::unique_ptr<LDiskEventListener> diskEvents_;
     // Shared with posted messages, so that those arriving after the window is gone find nothing.
     std::shared_ptr<MainDialog*> self_;
 };

@@ -1,5 +1,6 @@
 #include "app/SetupWizard.h"
 
+#include "jobs/ProcessInterfaceVoid.h"
 #include "platform/Settings.h"
 
 #include <strings.h>
@@ -8,14 +9,44 @@ namespace {
 
 constexpr const char* kTitle = "Vinora Records Wizard";
 
-} // namespace
-
-bool LRecordingSetupWizard::IsModeOffered(const char* mode) {
-    return strcasecmp(mode, "None") == 0;
+bool IsMode(const char* mode, const char* name) {
+    return strcasecmp(mode, name) == 0;
 }
 
-LRecordingSetupWizard::LRecordingSetupWizard(Hooks hooks)
-    : volume(hooks.levels), noise(hooks.refresh, hooks.levels), final(hooks.startRecording) {
+LCDVNBurnWizardPage::RunScan ScanRunner(LCDVNBurnWizardPage::RunScan given) {
+    if (given) return given;
+    return [](const char*, ProcessFindBurners& scan) {
+        LProcessInterfaceVoid unseen;
+        return Process(unseen, scan);
+    };
+}
+
+std::function<void(int, int)> Sender(std::function<void(int, int)> given) {
+    if (given) return given;
+    return [](int, int) {};
+}
+
+} // namespace
+
+LRecordingSetupWizard::LRecordingSetupWizard(Hooks hooks, const char* mode)
+    : volume(hooks.levels), noise(hooks.refresh, hooks.levels),
+      burn(ScanRunner(hooks.runScan), Sender(hooks.sendToMain), hooks.burnPageRefreshed,
+           !IsMode(mode, "None")),
+      final(hooks.startRecording) {
+    if (IsMode(mode, "Audio")) {
+        wizard_.AddPage(burn, "burn", kTitle, "CD Burn Settings",
+                        "Configure the settings for CD burning.", true);
+    } else if (!IsMode(mode, "None")) {
+        wizard_.AddPage(dataBurn, "data", "Data CD/DVD Burn Options", "Data CD/DVD Options",
+                        "Select options for Data CD/DVD Burning.", true);
+        wizard_.AddPage(burn, "burn", kTitle, "CD/DVD Burn Settings",
+                        "Configure the settings for CD/DVD burning.", true);
+    }
+    if (!IsMode(mode, "None")) {
+        LUserSettingSet<bool>("OutputFormat", "BurnAudioCD", IsMode(mode, "Audio"));
+        LUserSettingSet<bool>("OutputFormat", "BurnCDNow", true);
+        return;
+    }
     wizard_.AddPage(introduction, "introduction", kTitle,
                     "Welcome to the Vinora Records Recording Setup Wizard!", "", false);
     wizard_.AddPage(source, "source", kTitle, "Recording Source", "Select All", true);
@@ -34,6 +65,8 @@ LRecordingSetupWizard::LRecordingSetupWizard(Hooks hooks)
                     true);
     wizard_.AddPage(output, "output", "Recording Output Format", "Output Format",
                     "Select the output format of your audio recordings.", true);
+    wizard_.AddPage(burn, "burn", kTitle, "CD/DVD Burn Settings",
+                    "Configure the settings for CD/DVD burning.", true);
     wizard_.AddPage(final, "final", kTitle, "The Wizard Setup is now complete.", "", false);
     LUserSettingSet<bool>("OutputFormat", "BurnCDNow", false);
 }

@@ -13,10 +13,16 @@ LMainDialogWindows LDesktopWindows(LMainWindow* const* shown) {
         LRecordingWindow recording((*shown)->Dialog(), *shown);
         recording.exec();
     };
-    windows.wizard = [shown] {
-        LSetupWizardDialog wizard(*shown, [shown] {
-            (*shown)->Dialog().Post(WM_OPEN_RECORDING_WINDOW);
-        });
+    const auto toMainWindow = [shown](int message, int value) {
+        (*shown)->Dialog().Post(message, {}, value);
+    };
+    windows.wizard = [shown, toMainWindow] {
+        LSetupWizardDialog wizard(
+            *shown, [shown] { (*shown)->Dialog().Post(WM_OPEN_RECORDING_WINDOW); }, toMainWindow);
+        wizard.exec();
+    };
+    windows.burnWizard = [shown, toMainWindow](const char* mode) {
+        LSetupWizardDialog wizard(*shown, {}, toMainWindow, mode);
         wizard.exec();
     };
     windows.preferences = [shown] {

@@ -204,6 +204,10 @@ void LMainWindow::BuildStatusBar() {
     for (int pane = 0; pane < 3; ++pane) {
         panes_[pane] = new QLabel(QString::fromStdString(dialog_->StatusPane(pane)), this);
         panes_[pane]->setAccessibleName(QString("Status %1").arg(pane + 1));
+        if (pane == 2)
+            panes_[pane]->setToolTip("Files waiting to be processed, or the selected files (all "
+                                     "files when none is selected) against the room on the disc "
+                                     "in the burner: playing time for an audio CD, else size.");
         statusBar()->addWidget(panes_[pane], pane == 0 ? 2 : 1);
     }
 }

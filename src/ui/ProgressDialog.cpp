@@ -1,11 +1,12 @@
 #include "ui/ProgressDialog.h"
 
+#include "jobs/UserInteraction.h"
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QLabel>
-#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSocketNotifier>
@@ -122,7 +123,8 @@ int LProgressDialog::ProcessWaitSignalObjectGroup(LSignalObjectGroup& group, uns
 }
 
 void LProgressDialog::SetError(const char* text) {
-    QMessageBox::warning(this, "Error", QString::fromUtf8(text));
+    // Through the program's user interaction, which shows it above this window.
+    UserInteraction().ShowError(text);
 }
 
 void LProgressDialog::SetStatus(const char* text, int line) {

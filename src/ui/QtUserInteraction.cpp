@@ -30,6 +30,12 @@ QString Text(const std::string& text) {
     return QString::fromStdString(text);
 }
 
+// A message's text as a box shows it: line ends written "\r\n" (as some messages carry them)
+// become plain line breaks.
+QString MessageText(const std::string& text) {
+    return Text(text).remove('\r');
+}
+
 // "Audio Files (*.wav *.mp3);;MP3 Files (*.mp3)"
 QString FilterText(const std::vector<LFileFilter>& filters) {
     QStringList entries;
@@ -93,7 +99,7 @@ LMessageAnswer LQtUserInteraction::ShowMessage(const std::string& caption, const
     return OnGuiThread([&] {
         QMessageBox box(buttons == LMessageButtons::Ok ? QMessageBox::Information
                                                        : QMessageBox::Question,
-                        Text(caption), Text(text), ButtonsOf(buttons), Parent());
+                        Text(caption), MessageText(text), ButtonsOf(buttons), Parent());
         if (caption == "Error") box.setIcon(QMessageBox::Warning);
         if (buttons == LMessageButtons::ViewCancel) box.button(QMessageBox::Ok)->setText("View");
         return AnswerOf(box.exec(), buttons);

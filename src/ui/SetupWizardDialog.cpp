@@ -5,6 +5,7 @@
 #include "ui/DevicePicker.h"
 #include "ui/EncoderSettingsDialogs.h"
 #include "ui/LevelMeter.h"
+#include "ui/ProgressDialog.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -22,8 +23,8 @@
 
 namespace {
 
-const char* const kLayouts[] = {"introduction", "source",  "volume", "noise",
-                                "restoration",  "output", "final"};
+const char* const kLayouts[] = {"introduction", "source", "volume", "noise", "restoration",
+                                "output",       "data",   "burn",   "final"};
 
 QCheckBox* Check(const char* text, QWidget* parent) {
     return new QCheckBox(text, parent);
@@ -54,13 +55,20 @@ QSpinBox* DBField(int low, int high, const char* name, QWidget* parent) {
 
 } // namespace
 
-LSetupWizardDialog::LSetupWizardDialog(QWidget* parent, std::function<void()> startRecording)
+LSetupWizardDialog::LSetupWizardDialog(QWidget* parent, std::function<void()> startRecording,
+                                       std::function<void(int, int)> toMainWindow,
+                                       const char* mode)
     : QDialog(parent),
       setup_({std::move(startRecording), [this] { RefreshNoise(); },
               [this](const LDBMC& levels) {
                   volumeMeter_->SetLevel(levels);
                   noiseMeter_->SetLevel(levels);
-              }}) {
+              },
+              [this](const char* title, ProcessFindBurners& scan) {
+                  return ProcessRunAsDialog(this, title, scan);
+              },
+              std::move(toMainWindow), [this] { ShowBurnInfo(); }},
+             mode) {
     setMinimumSize(620, 460);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -86,7 +94,7 @@ LSetupWizardDialog::LSetupWizardDialog(QWidget* parent, std::function<void()> st
 
     stack_ = new QStackedWidget(this);
     for (QWidget* page : {IntroductionPage(), SourcePage(), VolumePage(), NoisePage(),
-                          RestorationPage(), OutputPage(), FinalPage()}) {
+                          RestorationPage(), OutputPage(), DataPage(), BurnPage(), FinalPage()}) {
         page->layout()->setContentsMargins(18, 12, 18, 12);
         stack_->addWidget(page);
     }
@@ -182,6 +190,12 @@ void LSetupWizardDialog::Show(const std::string& layout) {
         makeCopy_->setChecked(setup_.output.makeCopy);
         copyFolder_->setText(QString::fromStdString(setup_.output.copyFolder));
         pattern_->setText(QString::fromStdString(setup_.output.pattern));
+    } else if (layout == "data") {
+        dataType_->setCurrentIndex(setup_.dataBurn.dataCDType);
+        reencode_->setChecked(setup_.dataBurn.reencodeAllFiles);
+        dataLabel_->setText(QString::fromStdString(setup_.dataBurn.label));
+    } else if (layout == "burn") {
+        ShowBurnPage();
     } else if (layout == "final") {
         startNow_->setChecked(setup_.final.startRecordingNow);
     }
@@ -212,6 +226,12 @@ void LSetupWizardDialog::Store(const std::string& layout) {
         setup_.output.makeCopy = makeCopy_->isChecked();
         setup_.output.copyFolder = copyFolder_->text().toStdString();
         setup_.output.pattern = pattern_->text().toStdString();
+    } else if (layout == "data") {
+        setup_.dataBurn.dataCDType = dataType_->currentIndex();
+        setup_.dataBurn.reencodeAllFiles = reencode_->isChecked();
+        setup_.dataBurn.label = dataLabel_->text().toStdString();
+    } else if (layout == "burn") {
+        StoreBurnPage();
     } else if (layout == "final") {
         setup_.final.startRecordingNow = startNow_->isChecked();
     }
@@ -385,4 +405,124 @@ QWidget* LSetupWizardDialog::FinalPage() {
     startNow_ = Check("&Start recording now", page);
     layout->addWidget(startNow_);
     return page;
+}
+
+QWidget* LSetupWizardDialog::DataPage() {
+    auto* page = new QWidget(this);
+    auto* layout = new QFormLayout(page);
+    layout->setRowWrapPolicy(QFormLayout::DontWrapRows);
+    dataType_ = new QComboBox(page);
+    for (const char* text : kDataCDTypeTexts) dataType_->addItem(text);
+    dataType_->setAccessibleName("Data disc type");
+    layout->addRow("The disc &holds:", dataType_);
+    reencode_ = Check("&Convert every file, also those already in that format", page);
+    reencode_->setToolTip("Off: files already in the chosen format are copied to the disc as "
+                          "they are, which is faster and loses nothing.");
+    layout->addRow(reencode_);
+    dataLabel_ = new QLineEdit(page);
+    dataLabel_->setMaxLength(int(kDiscLabelMax));
+    dataLabel_->setAccessibleName("Disc label");
+    layout->addRow("Disc &label (16 characters max.):", dataLabel_);
+    layout->addRow(Wrapped("The files selected in the main list are put on a data CD or DVD "
+                           "that computers, car stereos and many disc players can read. Files "
+                           "that need converting are converted first; your recordings are left "
+                           "as they are.",
+                           page));
+    return page;
+}
+
+QWidget* LSetupWizardDialog::BurnPage() {
+    auto* page = new QWidget(this);
+    auto* layout = new QFormLayout(page);
+    layout->setRowWrapPolicy(QFormLayout::DontWrapRows);
+    drives_ = new QComboBox(page);
+    drives_->setAccessibleName("Drive");
+    drives_->setPlaceholderText("No burner found");
+    auto* refresh = new QPushButton("&Refresh", page);
+    refresh->setToolTip("Look for burners and discs again.");
+    auto* driveRow = new QHBoxLayout;
+    driveRow->addWidget(drives_, 1);
+    driveRow->addWidget(refresh);
+    driveCaption_ = new QLabel(page);
+    driveCaption_->setBuddy(drives_);
+    layout->addRow(driveCaption_, driveRow);
+    speeds_ = new QComboBox(page);
+    speeds_->setAccessibleName("Write speed");
+    layout->addRow("Write &speed:", speeds_);
+    eraseFirst_ = Check("", page);
+    eraseFirst_->setAccessibleName("Erase first");
+    layout->addRow(eraseFirst_);
+    overburn_ = Check("Allow &overburning (write past the disc's stated capacity)", page);
+    layout->addRow(overburn_);
+    discLabel_ = new QLineEdit(page);
+    discLabel_->setMaxLength(int(kDiscLabelMax));
+    discLabel_->setAccessibleName("Disc label");
+    labelCaption_ = new QLabel(page);
+    labelCaption_->setBuddy(discLabel_);
+    layout->addRow(labelCaption_, discLabel_);
+    auto* line = new QFrame(page);
+    line->setFrameShape(QFrame::HLine);
+    layout->addRow(line);
+    projectSize_ = new QLabel(page);
+    projectSize_->setAccessibleName("Project size");
+    layout->addRow("Selected files:", projectSize_);
+    capacity_ = new QLabel(page);
+    capacity_->setAccessibleName("Disc capacity");
+    layout->addRow("Room on the disc:", capacity_);
+    eraseNow_ = new QPushButton(page);
+    auto* eraseRow = new QHBoxLayout;
+    eraseRow->addWidget(eraseNow_);
+    eraseRow->addStretch(1);
+    layout->addRow(eraseRow);
+
+    connect(drives_, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (fillingBurnPage_ || index < 0) return;
+        StoreBurnPage();
+        setup_.burn.dlg.SelectDrive(index);
+        ShowBurnInfo();
+    });
+    connect(refresh, &QPushButton::clicked, this, [this] {
+        StoreBurnPage();
+        setup_.burn.dlg.UpdateCDInfo();
+        ShowBurnInfo();
+    });
+    connect(eraseNow_, &QPushButton::clicked, this, [this] { setup_.burn.dlg.CmEraseNow(); });
+    return page;
+}
+
+void LSetupWizardDialog::ShowBurnPage() {
+    const LCDVNBurnDlg& page = setup_.burn.dlg;
+    driveCaption_->setText(QString::fromStdString(page.driveCaption) + ":");
+    eraseFirst_->setText(QString::fromStdString(page.eraseCaption));
+    eraseFirst_->setChecked(page.eraseCDRW);
+    overburn_->setChecked(page.overburn);
+    overburn_->setEnabled(page.overburnEnabled);
+    labelCaption_->setText(page.labelCaption);
+    discLabel_->setText(QString::fromStdString(page.label));
+    discLabel_->setEnabled(page.labelEnabled);
+    eraseNow_->setText(QString::fromStdString(page.eraseButtonCaption));
+    ShowBurnInfo();
+}
+
+void LSetupWizardDialog::ShowBurnInfo() {
+    const LCDVNBurnDlg& page = setup_.burn.dlg;
+    fillingBurnPage_ = true;
+    drives_->clear();
+    for (const std::string& drive : page.drives) drives_->addItem(QString::fromStdString(drive));
+    drives_->setCurrentIndex(page.drives.empty() ? -1 : page.driveSelected);
+    speeds_->clear();
+    for (const std::string& speed : page.speeds) speeds_->addItem(QString::fromStdString(speed));
+    speeds_->setCurrentIndex(page.speedSelected);
+    projectSize_->setText(QString::fromStdString(page.projectSize));
+    capacity_->setText(QString::fromStdString(page.capacity));
+    fillingBurnPage_ = false;
+}
+
+void LSetupWizardDialog::StoreBurnPage() {
+    LCDVNBurnDlg& page = setup_.burn.dlg;
+    if (drives_->currentIndex() >= 0) page.driveSelected = drives_->currentIndex();
+    page.speedSelected = std::max(0, speeds_->currentIndex());
+    page.eraseCDRW = eraseFirst_->isChecked();
+    page.overburn = overburn_->isChecked();
+    page.label = discLabel_->text().toStdString();
 }

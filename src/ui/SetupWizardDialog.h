@@ -21,11 +21,15 @@ class QStackedWidget;
 class QWidget;
 
 // The recording setup wizard's window: a header with the page's heading and sub-heading, the
-// page, and Back, Next (Finish on the last page) and Cancel.
+// page, and Back, Next (Finish on the last page) and Cancel. The burn forms ("Audio", "Data")
+// show the data disc options and the burn settings page.
 class LSetupWizardDialog : public QDialog, private LWizardView {
 public:
-    // `startRecording` runs when the final page asks to start recording at once.
-    LSetupWizardDialog(QWidget* parent, std::function<void()> startRecording);
+    // `startRecording` runs when the final page asks to start recording at once; `toMainWindow`
+    // posts the burn settings page's requests (burn, erase) to the main window.
+    LSetupWizardDialog(QWidget* parent, std::function<void()> startRecording,
+                       std::function<void(int message, int value)> toMainWindow = {},
+                       const char* mode = "None");
 
     LRecordingSetupWizard& Setup() { return setup_; }
     QString Heading() const;
@@ -51,7 +55,14 @@ private:
     QWidget* RestorationPage();
     QWidget* OutputPage();
     QWidget* FinalPage();
+    QWidget* DataPage();
+    QWidget* BurnPage();
     void RefreshNoise();
+    // The burn settings page: every field, or only what a drive change, a refresh or a disc
+    // event changes (drives, speeds, sizes), leaving the user's other choices as they are.
+    void ShowBurnPage();
+    void ShowBurnInfo();
+    void StoreBurnPage();
 
     LRecordingSetupWizard setup_;
     QLabel* heading_;
@@ -84,4 +95,18 @@ private:
     QLineEdit* copyFolder_;
     QLineEdit* pattern_;
     QCheckBox* startNow_;
+    QComboBox* dataType_;
+    QCheckBox* reencode_;
+    QLineEdit* dataLabel_;
+    QLabel* driveCaption_;
+    QComboBox* drives_;
+    QComboBox* speeds_;
+    QCheckBox* eraseFirst_;
+    QCheckBox* overburn_;
+    QLabel* labelCaption_;
+    QLineEdit* discLabel_;
+    QLabel* projectSize_;
+    QLabel* capacity_;
+    QPushButton* eraseNow_;
+    bool fillingBurnPage_ = false;
 };

@@ -14,11 +14,15 @@
 #include "ui/TagEditorDialogs.h"
 #include "tags/AudioTagData.h"
 #include "devices/SoundDevices.h"
+#include "disc/CDBurnAudio.h"
+#include "drives/SystemDiscService.h"
+#include "codecs/AudioFileSource.h"
 #include "record/SoundRecordDevice.h"
 
 #include <gtest/gtest.h>
 
 #include <QDialog>
+#include <QLabel>
 #include <QPushButton>
 #include <QTimer>
 #include <QTabWidget>
@@ -203,3 +207,74 @@ TEST_F(Screenshots, PlayAndSplit) {
 }
 
 } // namespace
+
+TEST_F(Screenshots, Burning) {
+    TempHome home;
+    LQtMainThreadQueue queue;
+    LMainThreadQueue::SetCurrent(&queue);
+    const fs::path disc = home.Path() / "disc";
+    SetDiscService(std::make_shared<LSystemDiscService>("cd-r:" + disc.string() + ",slow=20", false));
+    const fs::path output = home.Path() / "Recordings";
+    fs::create_directories(output);
+    LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+    for (const char* name : {"Side A 01 - Blue Moon.wav", "Side A 02 - Night Train.wav",
+                             "Side A 03 - Harbour Lights.wav"})
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(output / name) +
+                   " synth 25 pinknoise vol 0.3 2>/dev/null");
+
+    // The main window's status bar with the selection's playing time against the blank CD.
+    LUserSettingSet<int>("OutputFormat", "OutputFormatNum", 4);
+    {
+        LMainDialogWindows windows;
+        windows.burnWizard = [](const char*) {};
+        LMainWindow window{windows};
+        window.resize(900, 360);
+        window.Dialog().LoadSavedAudioFiles();
+        window.show();
+        window.List()->selectAll();
+        window.Dialog().UpdateMainWindowCDInfo(true);
+        Save(window, "main-window-disc-totals");
+    }
+
+    LUserSettingSetString("RecordingPage", "TotalTime", "0:01:15.00");
+    LUserSettingSet<int64_t>("RecordingPage", "TotalSize", 13230000);
+    {
+        LSetupWizardDialog wizard(nullptr, {}, {}, "Audio");
+        ASSERT_TRUE(wizard.Start());
+        wizard.show();
+        Save(wizard, "burn-settings-audio");
+    }
+    LUserSettingSet<int>("OutputFormat", "OutputFormatNum", 2);
+    {
+        LSetupWizardDialog wizard(nullptr, {}, {}, "Data");
+        ASSERT_TRUE(wizard.Start());
+        wizard.show();
+        Save(wizard, "burn-data-options");
+        wizard.NextButton()->click();
+        Save(wizard, "burn-settings-data");
+    }
+
+    // The progress window while the Virtual Burner writes the second track.
+    LCDBurnAudio job;
+    for (const fs::directory_entry& entry : fs::directory_iterator(output)) {
+        const std::string path = entry.path().string();
+        job.AddTrack(LOpenAudioFileSource(path.c_str()), path.c_str(),
+                     entry.path().stem().c_str(), "The Night Trains", nullptr);
+    }
+    bool taken = false;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        QWidget* window = QApplication::activeModalWidget();
+        if (taken || !window) return;
+        for (QLabel* label : window->findChildren<QLabel*>())
+            if (label->text() == "Writing track 2 ...") {
+                taken = true;
+                Save(*window, "progress-burn");
+            }
+    });
+    watch.start(20);
+    EXPECT_EQ(ProcessRunAsDialog(nullptr, "Burn Audio CD", job), PROCESS_DONE);
+    EXPECT_TRUE(taken);
+    SetDiscService(nullptr);
+    LMainThreadQueue::SetCurrent(nullptr);
+}

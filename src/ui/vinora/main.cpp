@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
 
     LQtMainThreadQueue queue;
     LQtUserInteraction interaction;
-    const LAppStartup startup(queue, &interaction);
+    LAppStartup startup(queue, &interaction);
+    startup.InstallDrives();
 
     LMainWindow* shown = nullptr;
     const LMainDialogWindows windows = LDesktopWindows(&shown);
