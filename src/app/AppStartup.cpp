@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstring>
 
 namespace {
@@ -31,6 +32,9 @@ LAppStartup::LAppStartup(LMainThreadQueue& queue, LUserInteraction* interaction)
     // whatever child processes or libraries make (the encoder, an unpacked component, the
     // settings file, a file saved by the sound editor) is never writable by others.
     umask(022);
+    // A file that outgrows the user's file size limit fails its write with EFBIG, which the
+    // jobs report and clean up after, instead of the signal killing the program mid-write.
+    std::signal(SIGXFSZ, SIG_IGN);
     LLog::FixFolder(true);
     LMainThreadQueue::SetCurrent(&queue);
     SetUserInteraction(interaction);

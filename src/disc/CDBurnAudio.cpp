@@ -4,32 +4,12 @@
 #include "disc/DiscCheck.h"
 #include "disc/DiskEventListener.h"
 #include "platform/Log.h"
+#include "platform/TemporaryFolder.h"
 #include "sound/SourceToSink.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 
 namespace {
-
-// The job's private temporary folder, removed with everything in it when the object goes.
-class LTemporaryFolder {
-public:
-    explicit LTemporaryFolder(const std::string& root) {
-        std::string pattern = root + "/vinora-cd-XXXXXX";
-        if (mkdtemp(pattern.data())) path_ = pattern;
-    }
-    ~LTemporaryFolder() {
-        std::error_code ignored;
-        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-    }
-    LTemporaryFolder(const LTemporaryFolder&) = delete;
-    LTemporaryFolder& operator=(const LTemporaryFolder&) = delete;
-    const std::string& Path() const { return path_; }
-
-private:
-    std::string path_;
-};
 
 std::vector<LAudioCDTrack*> Tracks(LAbstractFileSystem& compilation) {
     std::vector<LAudioCDTrack*> tracks;
@@ -47,7 +27,7 @@ void BurnOnDevice(LProcessInterface& progress, LCDBurnAudio& job, LDiscDevice& d
         job.error = BurnErrorCode(14);
         return;
     }
-    folder = std::make_unique<LTemporaryFolder>(job.temporaryRoot);
+    folder = std::make_unique<LTemporaryFolder>(job.temporaryRoot, "vinora-cd-");
     if (folder->Path().empty()) {
         job.error = BurnErrorCode(6);
         return;

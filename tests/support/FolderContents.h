@@ -26,6 +26,6 @@ inline std::map<std::string, std::string> FolderContents(const std::filesystem::
 // error together.
 inline std::string CliOnFullDisk(const std::string& arguments, long bytes, int* status) {
     const std::string command = "ulimit -f " + std::to_string(bytes / 512) +
-                                "; trap '' XFSZ; exec " + VINORA_CLI + " " + arguments;
+                                "; exec " + VINORA_CLI + " " + arguments;
     return RunCommand("sh -c " + ShellQuote(command) + " 2>&1", status);
 }
