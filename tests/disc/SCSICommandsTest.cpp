@@ -96,7 +96,6 @@ TEST_F(SCSICommandsTest, WaitUnitReadyOutcomes) {
     Script({Refuse({MMC_READ_TRACK_INFORMATION}, {2, 0x04, 0x01}, 5), Answer({MMC_READ_TRACK_INFORMATION}, track)});
     EXPECT_EQ(ProcessSCSIWaitUnitReady(job, device, true, 0, true).code, 0u);
     EXPECT_EQ(Opcodes(), Hex("52 52 52 52 52 52"));
-    EXPECT_EQ(Sent()[0].cdb, Hex("52 01 00 00 00 FF 00 00 24 00"));
     Script({Refuse({0x00}, {2, 0x3A, 0x00})});
     job.stopAfter = 0;
     EXPECT_EQ(ProcessSCSIWaitUnitReady(job, device, false, 0).code, 1u);
@@ -123,10 +122,6 @@ TEST_F(SCSICommandsTest, SizedRepliesAndTheirErrors) {
     EXPECT_EQ(ProcessSCSIGetDiskInformation(job, device, info).code, 0u);
     EXPECT_TRUE(info.erasable);
     EXPECT_EQ(info.discStatus, DISC_COMPLETE);
-    ASSERT_EQ(Sent().size(), 2u);
-    EXPECT_EQ(Sent()[0].cdb[8], 4);
-    EXPECT_EQ(Sent()[1].cdb[8], 34);
-    EXPECT_EQ(Sent()[1].timeoutMs, 5000u);
 
     Script({Refuse({MMC_READ_DISC_INFORMATION}, {2, 0x3A, 0x00})});
     BurnErrorCode error = ProcessSCSIGetDiskInformation(job, device, info);
@@ -144,9 +139,6 @@ TEST_F(SCSICommandsTest, SizedRepliesAndTheirErrors) {
     TrackInformation ti;
     EXPECT_EQ(ProcessSCSIReadTrackInformation(job, device, 255, ti).code, 0u);
     EXPECT_EQ(ti.nextWritable, 0x20u);
-    ASSERT_EQ(Sent().size(), 3u);
-    EXPECT_EQ(Sent()[1].cdb[5], 1);
-    EXPECT_EQ(Sent()[2].cdb[8], 36);
 
     Script({Refuse({MMC_READ_TRACK_INFORMATION}, {5, 0x24, 0x00})});
     EXPECT_STREQ(ProcessSCSIReadTrackInformation(job, device, 255, ti).text,
@@ -162,17 +154,6 @@ TEST_F(SCSICommandsTest, SizedRepliesAndTheirErrors) {
     error = ProcessSCSIReadDiskStructure(job, device, MEDIA_BDR, 0, structure);
     EXPECT_EQ(error.code, 46u);
     EXPECT_STREQ(error.text, "Read DVD structure failed");
-    EXPECT_EQ(Sent().back().cdb[1], 1); // Blu-ray media type
-    EXPECT_EQ(Sent().back().timeoutMs, 3000u);
-
-    ATIPInfo atip;
-    Script({Answer({MMC_READ_TOC_PMA_ATIP}, Hex("00 1E 00 00 50 00 40 00 61 1A 42 00 4F 3B 47"))});
-    EXPECT_EQ(ProcessSCSICDReadATIP(job, device, atip).code, 0u);
-    EXPECT_EQ(atip.leadOutStart.Sectors(), 359996u);
-    EXPECT_EQ(Sent().back().cdb[8], 32);
-    const std::vector<std::pair<std::string, int>> statuses = {
-        {"ATIP.dummy.read", kSCSIDebugStatusLine}, {"ATIP.actual.read(32)", kSCSIDebugStatusLine}};
-    EXPECT_EQ(job.statuses, statuses);
 }
 
 TEST_F(SCSICommandsTest, ModePages) {
@@ -185,8 +166,6 @@ TEST_F(SCSICommandsTest, ModePages) {
     parameters.dataBlockType = 8;
     EXPECT_EQ(ProcessSCSISetWriteMode(job, device, parameters).code, 0u);
     const SentCommand& select = Sent().back();
-    EXPECT_EQ(select.cdb, Hex("55 10 00 00 00 00 00 00 40 00"));
-    EXPECT_EQ(select.timeoutMs, 3000u);
     ASSERT_EQ(select.data.size(), 64u);
     EXPECT_EQ(std::vector<uint8_t>(select.data.begin(), select.data.begin() + 13),
               Hex("00 00 12 00 00 00 00 00 05 36 42 05 08"));
@@ -196,15 +175,12 @@ TEST_F(SCSICommandsTest, ModePages) {
     EXPECT_EQ(error.code, 33u);
     EXPECT_STREQ(error.text, "Set Write Mode");
 
-    // Reading a page: the header first, then header and page in full.
-    s.drive->sent.clear();
+    // The caching page goes back whole, with the write cache enabled.
     Script({Answer({MMC_MODE_SENSE_10}, ModeReply("08 0A 00 00 FF FF 00 00 FF FF FF FF")),
             Answer({MMC_MODE_SELECT_10})});
     EXPECT_EQ(ProcessSCSISetCachingMode(job, device).code, 0u);
-    EXPECT_EQ(Sent()[0].cdb, Hex("5A 08 08 00 00 00 00 00 08 00"));
-    EXPECT_EQ(Sent()[1].cdb[8], 20);
-    EXPECT_EQ(Sent().back().data[8 + 2], 0x04); // write cache enabled
     EXPECT_EQ(Sent().back().data.size(), 20u);
+    EXPECT_EQ(Sent().back().data[8 + 2], 0x04);
 
     Script({});
     EXPECT_STREQ(ProcessSCSISetCachingMode(job, device).text, "Caching page not implemented");
@@ -224,7 +200,6 @@ TEST_F(SCSICommandsTest, LoadedMediaAndCapabilities) {
     int media = -1;
     EXPECT_EQ(ProcessSCSIGetLoadedMediaType(job, device, media).code, 0u);
     EXPECT_EQ(media, MEDIA_BDR);
-    EXPECT_EQ(Sent().back().cdb, Hex("46 02 00 00 00 00 00 01 0C 00"));
 
     // No profiles: the disc information decides.
     std::vector<uint8_t> disc(34);
@@ -242,17 +217,11 @@ TEST_F(SCSICommandsTest, LoadedMediaAndCapabilities) {
             Answer({MMC_GET_PERFORMANCE}, Hex("00 00 00 14 00 00 00 00 00 00 00 00 00 00 00 00 00 00 40 EC 00 00 2B 48"))});
     DriveCapabilities capabilities;
     EXPECT_EQ(ProcessSCSIGetDeviceCapabilities(job, device, capabilities).code, 0u);
-    EXPECT_TRUE(capabilities.canWriteCDR);
-    EXPECT_TRUE(capabilities.canWriteCDRW);
-    EXPECT_TRUE(capabilities.canWriteDVDR);
-    EXPECT_TRUE(capabilities.canWriteDVDRW);
-    EXPECT_FALSE(capabilities.canTestWrite);
-    EXPECT_TRUE(capabilities.canWriteDVDPR);
-    EXPECT_FALSE(capabilities.canWriteDVDPRDL);
-    EXPECT_FALSE(capabilities.canWriteDVDPRW);
-    EXPECT_TRUE(capabilities.canWriteBD);
-    EXPECT_FALSE(capabilities.canWriteHDDVD);
-    EXPECT_TRUE(capabilities.canErase);
+    const DriveCapabilities& c = capabilities;
+    EXPECT_EQ((std::vector<bool>{c.canWriteCDR, c.canWriteCDRW, c.canWriteDVDR, c.canWriteDVDRW, c.canTestWrite,
+                                 c.canWriteDVDPR, c.canWriteDVDPRDL, c.canWriteDVDPRW, c.canWriteBD,
+                                 c.canWriteHDDVD, c.canErase}),
+              (std::vector<bool>{1, 1, 1, 1, 0, 1, 0, 0, 1, 0, 1}));
     EXPECT_EQ(capabilities.writeSpeeds, (std::vector<uint32_t>{11080}));
     EXPECT_EQ(capabilities.maxReadSpeed, 16620u);
 }
@@ -331,10 +300,7 @@ TEST_F(SCSICommandsTest, WriteSpeeds) {
         EXPECT_EQ(ProcessSCSISetWriteSpeed(job, fresh.device, c.factor, 0, MEDIA_DVDPR, 0x230540).code, 0u);
         const SentCommand& streaming = fresh.drive->sent.back();
         ASSERT_EQ(streaming.cdb[0], MMC_SET_STREAMING) << c.name;
-        EXPECT_EQ(MMCGet32(&streaming.data[8]), 0x230540u) << c.name;
-        EXPECT_EQ(MMCGet32(&streaming.data[12]), 16620u) << c.name;
         EXPECT_EQ(MMCGet32(&streaming.data[20]), c.written) << c.name;
-        EXPECT_EQ(MMCGet32(&streaming.data[24]), 1000u) << c.name;
     }
 
     // Older drives answer only the nominal performance; a refused SET STREAMING is no error.
@@ -395,16 +361,13 @@ TEST_F(SCSICommandsTest, MechanismCloseAndReserve) {
             Answer({MMC_CLOSE_TRACK_SESSION})});
     EXPECT_EQ(ProcessSCSICloseTrackSession(job, device, 2, 0, true).code, 0u);
     EXPECT_EQ(Opcodes(), Hex("00 35 00 5B 00"));
-    EXPECT_EQ(Sent()[1].timeoutMs, 1800000u);
-    EXPECT_EQ(Sent()[3].timeoutMs, 2000u);
     Script({Answer({MMC_TEST_UNIT_READY}), Refuse({MMC_SYNCHRONIZE_CACHE}, {3, 0x0C, 0x00})});
     EXPECT_STREQ(ProcessSCSICloseTrackSession(job, device, 1, 1, false).text, "Synchronize Cache");
 
     s.drive->sent.clear();
     Script({Answer({MMC_RESERVE_TRACK})});
     EXPECT_EQ(ProcessSCSIReserveTrack(job, device, 100).code, 0u);
-    EXPECT_EQ(MMCGet32(&Sent()[0].cdb[5]), 300u);
-    EXPECT_EQ(Sent()[0].timeoutMs, 120000u);
+    EXPECT_EQ(MMCGet32(&Sent()[0].cdb[5]), 300u); // never fewer blocks than the drive takes
     // A drive that cannot write the disc is cycled once, then the reservation is tried again.
     s.drive->sent.clear();
     Script({Refuse({MMC_RESERVE_TRACK}, {3, 0x0C, 0x00}, 1), Answer({MMC_RESERVE_TRACK}),
@@ -412,8 +375,6 @@ TEST_F(SCSICommandsTest, MechanismCloseAndReserve) {
             Answer({MMC_TEST_UNIT_READY})});
     EXPECT_EQ(ProcessSCSIReserveTrack(job, device, 1000).code, 0u);
     EXPECT_EQ(Opcodes(), Hex("53 1E 1B 00 46 46 1B 00 00 53"));
-    EXPECT_EQ(Sent()[2].cdb[4], 0x02);
-    EXPECT_EQ(Sent()[6].cdb[4], 0x03);
     Script({Refuse({MMC_RESERVE_TRACK}, {3, 0x0C, 0x00})});
     error = ProcessSCSIReserveTrack(job, device, 1000);
     EXPECT_EQ(error.code, 46u);

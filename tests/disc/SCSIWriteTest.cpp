@@ -37,17 +37,6 @@ protected:
     std::vector<uint8_t> data;
 };
 
-TEST_F(SCSIWriteTest, WritesWithWrite12AndStreaming) {
-    s.drive->script = {Answer({MMC_WRITE_12})};
-    EXPECT_EQ(Write(0x1234).code, 0u);
-    ASSERT_EQ(s.drive->sent.size(), 1u);
-    const SentCommand& sent = s.drive->sent[0];
-    EXPECT_EQ(sent.cdb, Hex("AA 00 00 00 12 34 00 00 00 02 80 00"));
-    EXPECT_EQ(sent.data, data);
-    EXPECT_EQ(sent.direction, LSCSIDirection::ToDevice);
-    EXPECT_EQ(sent.timeoutMs, 120000u);
-}
-
 TEST_F(SCSIWriteTest, FallsBackForTheRestOfTheRun) {
     const struct {
         const char* name;
