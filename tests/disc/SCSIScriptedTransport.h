@@ -77,7 +77,7 @@ public:
         return codes;
     }
 
-private:
+protected:
     ScriptedAnswer* Find(const std::vector<uint8_t>& cdb) {
         for (ScriptedAnswer& answer : script) {
             if (answer.times == 0 || answer.cdbPrefix.size() > cdb.size()) continue;
@@ -105,19 +105,11 @@ private:
 // An answer with reply data, or a refusal with a sense, for the command starting with `prefix`.
 inline ScriptedAnswer Answer(std::vector<uint8_t> prefix, std::vector<uint8_t> data = {},
                              int times = -1) {
-    ScriptedAnswer answer;
-    answer.cdbPrefix = std::move(prefix);
-    answer.data = std::move(data);
-    answer.times = times;
-    return answer;
+    return {std::move(prefix), std::move(data), {}, times};
 }
 
 inline ScriptedAnswer Refuse(std::vector<uint8_t> prefix, LSenseBytes sense, int times = -1) {
-    ScriptedAnswer answer;
-    answer.cdbPrefix = std::move(prefix);
-    answer.sense = sense;
-    answer.times = times;
-    return answer;
+    return {std::move(prefix), {}, sense, times};
 }
 
 // Bytes from hexadecimal text, spaces ignored: "AA 00 10".

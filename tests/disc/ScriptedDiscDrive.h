@@ -76,13 +76,10 @@ public:
         const uint32_t sector = MMCGet32(command.cdb + 2);
         const uint32_t count = static_cast<uint32_t>(command.length / 2048);
         if (write && writeError >= 0 && writeError >= int64_t{sector} && writeError < int64_t{sector} + count) {
-            sent.push_back({std::vector<uint8_t>(command.cdb, command.cdb + command.cdbLength)});
+            sent.push_back({std::vector<uint8_t>(command.cdb, command.cdb + command.cdbLength), {}});
             result = {};
             result.serviceResponse = SERVICE_TASK_COMPLETE;
-            result.taskStatus = TASK_STATUS_CHECK_CONDITION;
-            result.sense[0] = 0x70;
-            result.sense[2] = 3;
-            result.sense[12] = 0x0C;
+            CheckCondition(result, {3, 0x0C, 0x00}, 0);
             return true;
         }
         ScriptedTransport::Execute(command, result);
@@ -141,7 +138,7 @@ public:
 private:
     static std::string Zeros(size_t count) {
         std::string text;
-        for (size_t i = 0; i < count; ++i) text += " 00";
+        while (count--) text += " 00";
         return text;
     }
 
@@ -151,11 +148,7 @@ private:
         const bool blank = !used && !written;
         info[2] = static_cast<uint8_t>((kind_.erasable ? 0x10 : 0) |
                                        (blank ? DISC_EMPTY : closed || used ? DISC_COMPLETE : DISC_INCOMPLETE));
-        info[3] = 1;
-        info[4] = 1;
-        info[5] = 1;
-        info[6] = 1;
-        info[7] = 0; // no background format
+        info[3] = info[4] = info[5] = info[6] = 1; // first track, one session, its tracks 1 to 1
         // A CD's last possible lead-out as minutes, seconds and frames; a sector elsewhere.
         if (kind_.media == MEDIA_CDR || kind_.media == MEDIA_CDRW) {
             info[21] = static_cast<uint8_t>(capacity_ / 4500);
