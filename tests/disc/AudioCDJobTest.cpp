@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 
 namespace fs = std::filesystem;
 
@@ -92,41 +93,32 @@ TEST_F(AudioCDJob, BurnsEveryTrackInWholeBlocksAndRemovesItsFolder) {
 }
 
 TEST_F(AudioCDJob, FailuresSetTheirErrorCodeAndLeaveNoFolder) {
-    // No drive at the index.
-    job.cdDrive = 1;
-    job.AddTrack(Ramp(588, 44100, 2), "a", "a", nullptr, nullptr);
-    EXPECT_EQ(Process(progress, job), PROCESS_FAILED);
-    EXPECT_EQ(job.error.code, 15u);
-
-    // A source that cannot be read.
-    LCDBurnAudio unreadable;
-    unreadable.temporaryRoot = root;
-    unreadable.AddTrack(LSoundSource(new LSoundSourceError(sndErrOpen)), "x", "x", nullptr, nullptr);
-    EXPECT_EQ(Process(progress, unreadable), PROCESS_FAILED);
-    EXPECT_EQ(unreadable.error.code, 26u);
-    EXPECT_TRUE(RootIsEmpty());
-
-    // A job without tracks has no track file to burn.
-    LCDBurnAudio tiny;
-    tiny.temporaryRoot = root;
-    EXPECT_EQ(Process(progress, tiny), PROCESS_FAILED);
-    EXPECT_EQ(tiny.error.code, 41u);
-
-    // The burn fails at the drive.
-    LCDBurnAudio failing;
-    failing.temporaryRoot = root;
-    failing.AddTrack(Ramp(588, 44100, 2), "a", "a", nullptr, nullptr);
-    scope.disc->finalState = LDiscOperationState::Failed;
-    EXPECT_EQ(Process(progress, failing), PROCESS_FAILED);
-    EXPECT_EQ(failing.error.code, 46u);
-
-    // A folder that cannot be made.
-    LCDBurnAudio nowhere;
-    nowhere.temporaryRoot = root + "/missing";
-    EXPECT_EQ(Process(progress, nowhere), PROCESS_FAILED);
-    EXPECT_EQ(nowhere.error.code, 6u);
-    EXPECT_TRUE(RootIsEmpty());
-    EXPECT_EQ(LMediaReservationCount(), 0);
+    const auto track = [](LCDBurnAudio& j) { j.AddTrack(Ramp(588, 44100, 2), "a", "a", nullptr, nullptr); };
+    const struct {
+        const char* name;
+        std::function<void(LCDBurnAudio&)> prepare;
+        BurnErrorCodeValue code;
+    } cases[] = {
+        {"no drive at the index", [&](LCDBurnAudio& j) { j.cdDrive = 1, track(j); }, 15},
+        {"an unreadable source",
+         [](LCDBurnAudio& j) {
+             j.AddTrack(LSoundSource(new LSoundSourceError(sndErrOpen)), "x", "x", nullptr, nullptr);
+         },
+         26},
+        {"no tracks", [](LCDBurnAudio&) {}, 41},
+        {"a folder that cannot be made", [&](LCDBurnAudio& j) { j.temporaryRoot = root + "/missing"; }, 6},
+        {"the drive fails",
+         [&](LCDBurnAudio& j) { scope.disc->finalState = LDiscOperationState::Failed, track(j); }, 46},
+    };
+    for (const auto& c : cases) {
+        LCDBurnAudio burn;
+        burn.temporaryRoot = root;
+        c.prepare(burn);
+        EXPECT_EQ(Process(progress, burn), PROCESS_FAILED) << c.name;
+        EXPECT_EQ(burn.error.code, c.code) << c.name;
+        EXPECT_TRUE(RootIsEmpty()) << c.name;
+        EXPECT_EQ(LMediaReservationCount(), 0) << c.name;
+    }
 }
 
 TEST_F(AudioCDJob, AStopWhileTheDriveWritesCancelsItsWork) {
