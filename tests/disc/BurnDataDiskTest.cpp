@@ -269,11 +269,6 @@ TEST_F(BurnDataDiskTest, FaultsEndWithTheirCodeAndText) {
         {"a used CD-R", 0, 1000000, [](ScriptedDiscDrive& d) { d.used = true; }, {}, PROCESS_FAILED, 2,
          "The inserted disk is a CD-R and is not empty or erasable, please insert another disk into the drive",
          false},
-        {"a used DVD-RW without erasing", 3, 1000000, [](ScriptedDiscDrive& d) { d.used = true; }, {},
-         PROCESS_FAILED, 2,
-         "The inserted disk is not empty. To erase it, select the option \"Erase Rewritables if they "
-         "are not blank\" and try again.",
-         false},
         {"a used DVD-RW erased", 3, 1000000, [](ScriptedDiscDrive& d) { d.used = true; },
          [](LBurnDataDisk& j) { j.settings.eraseCDRW = true; }, PROCESS_DONE, 0, "", true, MMC_BLANK},
         {"a used DVD+RW erased", 5, 1000000,
