@@ -275,8 +275,6 @@ TEST_F(BurnFromListTest, BurnsThatDoNotStart) {
     ThreeRows();
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        ui.ClearCalls();
-        view.jobs.clear();
         JobView caseView;
         MainDialog burner{caseView, LMainDialogWindows{}};
         if (c.rows) burner.LoadSavedAudioFiles();
@@ -287,8 +285,7 @@ TEST_F(BurnFromListTest, BurnsThatDoNotStart) {
         for (bool audio : {true, false}) {
             ui.ClearCalls();
             ui.QueueAnswer(c.commence);
-            if (audio) burner.BurnSelectedFiles(true);
-            else burner.BurnSelectedFiles(false);
+            burner.BurnSelectedFiles(audio);
             EXPECT_EQ(Messages(), c.messages) << audio;
         }
         EXPECT_EQ(burns, 0);
