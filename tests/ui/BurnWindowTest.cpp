@@ -23,6 +23,7 @@
 #include <QTimer>
 
 #include <filesystem>
+#include <memory>
 #include <set>
 
 namespace fs = std::filesystem;
@@ -52,16 +53,22 @@ protected:
                    " && lame --quiet c.wav c.mp3 && rm c.wav");
     }
     ~BurnWindowTest() override {
+        window.reset();
         SetSCSIDriveOpener({});
         SetDiscService(nullptr);
     }
 
-    // The Virtual Burner as the program's only drive, for the disc service and the SCSI layer.
-    static void UseBurner(const std::string& setting) {
+    // The Virtual Burner as the program's only drive, for the disc service and the SCSI layer,
+    // and the main window showing the recordings.
+    void UseBurner(const std::string& setting) {
         auto service = std::make_shared<LSystemDiscService>(setting, false);
         SetDiscService(service);
         SetSCSIDriveOpener(MakeSCSIDriveOpener([service] { return service->CopyDeviceArray(); },
                                                service->VirtualBurner()));
+        window = std::make_unique<LMainWindow>(LDesktopWindows(&shown));
+        shown = window.get();
+        window->Dialog().LoadSavedAudioFiles();
+        window->show();
     }
 
     // Presses a toolbar button and finishes the burn form of the wizard it opens, keeping the
@@ -113,20 +120,17 @@ protected:
     LQtMainThreadQueue queue_;
     LAppStartup startup_;
     std::vector<QString> headings;
+    LMainWindow* shown = nullptr;
+    std::unique_ptr<LMainWindow> window;
 };
 
 TEST_F(BurnWindowTest, BurnAudioMakesACDOfTheSelectedRowsInListOrder) {
     UseBurner("cd-r:" + disc.string());
-    LMainWindow* shown = nullptr;
-    LMainWindow window{LDesktopWindows(&shown)};
-    shown = &window;
-    window.Dialog().LoadSavedAudioFiles();
-    window.show();
-    window.List()->selectAll();
-    ASSERT_TRUE(window.ToolAction(CM_BURN_AUDIO_CD)->isEnabled());
+    window->List()->selectAll();
+    ASSERT_TRUE(window->ToolAction(CM_BURN_AUDIO_CD)->isEnabled());
 
     ui.QueueAnswer(LMessageAnswer::Ok); // commence
-    BurnFromToolbar(window, CM_BURN_AUDIO_CD);
+    BurnFromToolbar(*window, CM_BURN_AUDIO_CD);
     ASSERT_TRUE(WaitForBurn()) << testing::PrintToString(Messages());
     EXPECT_EQ(headings, std::vector<QString>{"CD Burn Settings"});
     const std::vector<std::string> messages = Messages();
@@ -147,27 +151,22 @@ TEST_F(BurnWindowTest, BurnAudioMakesACDOfTheSelectedRowsInListOrder) {
     }
     EXPECT_FALSE(fs::exists(home.Path() / "t04.wav"));
     // The disc was ejected; the totals pane shows the selection against the empty drive.
-    EXPECT_TRUE(QTest::qWaitFor([&] { return Pane(window, 2).ends_with(" MB / No Disc in Drive"); },
+    EXPECT_TRUE(QTest::qWaitFor([&] { return Pane(*window, 2).ends_with(" MB / No Disc in Drive"); },
                                 5000))
-        << Pane(window, 2);
+        << Pane(*window, 2);
 }
 
 TEST_F(BurnWindowTest, BurnMP3MakesADataDiscOfMP3Files) {
     UseBurner("dvd+r:" + disc.string());
-    LMainWindow* shown = nullptr;
-    LMainWindow window{LDesktopWindows(&shown)};
-    shown = &window;
-    window.Dialog().LoadSavedAudioFiles();
-    window.show();
     const std::set<std::string> before = DataFolders();
 
     ui.QueueAnswer(LMessageAnswer::Ok); // commence
-    BurnFromToolbar(window, CM_BURN_DATA_DISC);
+    BurnFromToolbar(*window, CM_BURN_DATA_DISC);
     ASSERT_TRUE(WaitForBurn()) << testing::PrintToString(Messages());
     EXPECT_EQ(headings, (std::vector<QString>{"Data CD/DVD Options", "CD/DVD Burn Settings"}));
     EXPECT_EQ(DataFolders(), before);
     // Nothing selected: the burn took every row.
-    EXPECT_EQ(window.Dialog().List().Selected(), (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(window->Dialog().List().Selected(), (std::vector<int>{0, 1, 2}));
     const std::vector<std::string> messages = Messages();
     ASSERT_EQ(messages.size(), 2u) << testing::PrintToString(messages);
     EXPECT_NE(messages[1].find("Total Files Burned: 3\r\nTotal Size:"), std::string::npos)
