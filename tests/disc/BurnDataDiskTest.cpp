@@ -59,8 +59,8 @@ private:
 
 // What the strategies send, by name: write parameters, reservations, writes, flushes and
 // closes; repeats in a row counted once (a write of many runs, a flush before a close).
-std::vector<std::string> StrategyCommands(const std::vector<SentCommand>& sent) {
-    std::vector<std::string> names;
+std::string StrategyCommands(const std::vector<SentCommand>& sent) {
+    std::string names, last;
     for (const SentCommand& command : sent) {
         std::string name;
         switch (command.cdb[0]) {
@@ -70,11 +70,12 @@ std::vector<std::string> StrategyCommands(const std::vector<SentCommand>& sent) 
         case MMC_WRITE_10:
         case MMC_WRITE_12: name = "write"; break;
         case MMC_SYNCHRONIZE_CACHE: name = "sync"; break;
-        case MMC_READ_DISC_INFORMATION: name = "disc information"; break;
-        case MMC_CLOSE_TRACK_SESSION: name = "close " + std::to_string(command.cdb[2] & 7); break;
+        case MMC_READ_DISC_INFORMATION: name = "information"; break;
+        case MMC_CLOSE_TRACK_SESSION: name = "close" + std::to_string(command.cdb[2] & 7); break;
         default: continue;
         }
-        if (names.empty() || names.back() != name) names.push_back(name);
+        if (name != last) names += (names.empty() ? "" : " ") + name;
+        last = name;
     }
     return names;
 }
@@ -159,42 +160,39 @@ protected:
 
 TEST_F(BurnDataDiskTest, EachStrategySendsItsCommandsInOrder) {
     SmallTree();
-    using Names = std::vector<std::string>;
-    const Names closeSession = {"parameters", "reserve", "write", "sync", "close 1", "sync", "close 2"};
-    const Names finalizePlusR = {"reserve", "write", "sync", "close 1", "sync", "close 2", "sync", "close 6"};
-    const Names inPlace = {"write", "sync", "disc information", "sync", "close 0"};
+    const char* closeSession = "parameters reserve write sync close1 sync close2";
+    const char* finalizePlusR = "reserve write sync close1 sync close2 sync close6";
+    const char* inPlace = "write sync information sync close0";
     const struct {
-        const char* kind;
-        Names commands;
+        std::string commands;
         uint8_t writeParameters; // page byte 2, 0 when none are sent
         uint8_t trackMode;
         uint32_t run;
-    } cases[] = {
-        {"cd-r", closeSession, 0x41, 6, 16},
-        {"cd-rw", closeSession, 0x41, 6, 16},
-        {"dvd-r", closeSession, 0x42, 5, 16},
-        {"dvd-rw", {"parameters", "reserve", "write", "sync", "close 1", "sync", "close 3"}, 0x40, 5, 16},
-        {"dvd+r", finalizePlusR, 0, 0, 16},
-        {"dvd+rw", inPlace, 0, 0, 16},
-        {"bd-r", finalizePlusR, 0, 0, 32},
-        {"bd-re", inPlace, 0, 0, 32},
-        {"hd-dvd-ram", {"parameters", "format", "parameters", "write", "sync", "close 1", "sync", "close 2"},
-         0x40, 5, 16},
+    } cases[std::size(kDiscKinds)] = {
+        {closeSession, 0x41, 6, 16},                                          // cd-r
+        {closeSession, 0x41, 6, 16},                                          // cd-rw
+        {closeSession, 0x42, 5, 16},                                          // dvd-r
+        {"parameters reserve write sync close1 sync close3", 0x40, 5, 16},    // dvd-rw
+        {finalizePlusR, 0, 0, 16},                                            // dvd+r
+        {inPlace, 0, 0, 16},                                                  // dvd+rw
+        {finalizePlusR, 0, 0, 32},                                            // bd-r
+        {inPlace, 0, 0, 32},                                                  // bd-re
+        {"parameters format parameters write sync close1 sync close2", 0x40, 5, 16}, // hd-dvd-ram
     };
-    for (const auto& c : cases) {
-        const DiscKind& kind = *std::find_if(std::begin(kDiscKinds), std::end(kDiscKinds),
-                                             [&](const DiscKind& k) { return k.name == std::string(c.kind); });
-        const std::unique_ptr<LAbstractFileSystem> compiled = Compilation();
-        LAbstractFileSystem& files = *compiled;
-        LHybridDataDisk builder(files, PROJECT_HYBRID_DISK, kind.media);
-        ASSERT_TRUE(builder.Build()) << c.kind;
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        const auto& c = cases[i];
+        const DiscKind& kind = kDiscKinds[i];
+        SCOPED_TRACE(kind.name);
+        const std::unique_ptr<LAbstractFileSystem> files = Compilation();
+        LHybridDataDisk builder(*files, PROJECT_HYBRID_DISK, kind.media);
+        ASSERT_TRUE(builder.Build());
         ScriptedDiscDevice disc(kind, 1000000);
-        LBurnDataDisk burn(files, {}, PROJECT_HYBRID_DISK);
+        LBurnDataDisk burn(*files, {}, PROJECT_HYBRID_DISK);
         burn.media = kind.media;
         burn.capabilities.canWriteDVDRW = true;
         RecordingProgress quiet;
-        EXPECT_EQ(RunBurnStrategy(quiet, burn, disc.device, builder).code, 0u) << c.kind;
-        EXPECT_EQ(StrategyCommands(disc.drive->sent), c.commands) << c.kind;
+        EXPECT_EQ(RunBurnStrategy(quiet, burn, disc.device, builder).code, 0u);
+        EXPECT_EQ(StrategyCommands(disc.drive->sent), c.commands);
 
         uint32_t longest = 0;
         const SentCommand* parameters = nullptr;
@@ -204,12 +202,12 @@ TEST_F(BurnDataDiskTest, EachStrategySendsItsCommandsInOrder) {
         }
         // The write type and track mode in force when writing.
         if (parameters) {
-            ASSERT_GE(parameters->data.size(), 8u + 4) << c.kind;
-            EXPECT_EQ(parameters->data[8 + 2], c.writeParameters) << c.kind;
-            EXPECT_EQ(parameters->data[8 + 3] & 0x0F, c.trackMode) << c.kind;
+            ASSERT_GE(parameters->data.size(), 8u + 4);
+            EXPECT_EQ(parameters->data[8 + 2], c.writeParameters);
+            EXPECT_EQ(parameters->data[8 + 3] & 0x0F, c.trackMode);
         }
-        EXPECT_EQ(longest, c.run) << c.kind;
-        EXPECT_EQ(disc.drive->sectors.size(), builder.SectorCount()) << c.kind << ": every sector written once";
+        EXPECT_EQ(longest, c.run);
+        EXPECT_EQ(disc.drive->sectors.size(), builder.SectorCount()); // every sector written once;
     }
 }
 
