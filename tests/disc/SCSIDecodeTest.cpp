@@ -54,10 +54,6 @@ TEST(SCSIDecodeTest, DiscTrackAndATIPRecords) {
     EXPECT_EQ(ti.freeBlocks, 0x50000u);
     EXPECT_EQ(ti.size, 0x60000u);
     EXPECT_TRUE(ti.lastRecordedValid);
-    auto valid = track;
-    valid[7] = 0x01;
-    DecodeTrackInformation(valid.data(), valid.size(), ti);
-    EXPECT_EQ(ti.nextWritable, 0x1234u);
 
     const auto atip = Reply(32, {{0, "00 1E 00 00 50 00 40 00 61 1A 42 00 4F 3B 47"}});
     ATIPInfo a;

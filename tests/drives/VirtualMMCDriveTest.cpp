@@ -72,7 +72,6 @@ public:
         if (in) command = {cdb.bytes, cdb.length, reply.data(), in, LSCSIDirection::FromDevice, 1000};
         LSCSITaskResult result;
         EXPECT_TRUE(transport->Execute(command, result));
-        lastReply = reply;
         lastResult = result;
         return LSCSISenseText(LSCSISenseBytes(result.sense));
     }
@@ -116,7 +115,6 @@ public:
     LVirtualMMCDrive* transport = nullptr;
     LSCSI device;
     RecordingProgress job;
-    std::vector<uint8_t> lastReply;
     LSCSITaskResult lastResult;
 };
 
