@@ -229,9 +229,11 @@ TEST_F(BurnDataDiskTest, TheDiscHoldsTheImageFileAndVerifiesAgainstIt) {
         ScriptedDiscDrive& disc = Load(kDiscKinds[c.kind]);
         progress.statuses.clear();
         progress.onStatus = "Verifying the burn";
-        progress.atStatus = [&disc, &c] {
-            if (c.outAtVerify) disc.script.insert(disc.script.begin(), Refuse({MMC_TEST_UNIT_READY}, {2, 0x3A, 0}, 4));
-        };
+        progress.atStatus = nullptr;
+        if (c.outAtVerify)
+            progress.atStatus = [&disc] {
+                disc.script.insert(disc.script.begin(), Refuse({MMC_TEST_UNIT_READY}, {2, 0x3A, 0}, 4));
+            };
         ASSERT_EQ(Burn([](LBurnDataDisk& j) { j.settings.verifyBurn = true; j.settings.cdLoadEject = true; }),
                   PROCESS_DONE)
             << name << ": " << progress.error;
