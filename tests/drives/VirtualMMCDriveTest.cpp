@@ -124,7 +124,7 @@ TEST_F(VirtualMMC, EachMediaKindTakesTheBurnOfItsStrategyClosedAndReadBack) {
     const struct {
         const char* media;
         int mediaType;
-        size_t tracks; // as the audio side sees the disc
+        size_t tracks; // as the audio side sees the disc; none on discs written in place
     } cases[] = {
         {"cd-r", MEDIA_CDR, 1},    {"cd-rw", MEDIA_CDRW, 1},     {"dvd-r", MEDIA_DVDMR, 1},
         {"dvd-rw", MEDIA_DVDMRW, 1}, {"dvd+r", MEDIA_DVDPR, 1}, {"bd-r", MEDIA_BDR, 1},
@@ -156,6 +156,7 @@ TEST_F(VirtualMMC, EachMediaKindTakesTheBurnOfItsStrategyClosedAndReadBack) {
         const DiskInformation info = Info();
         EXPECT_EQ(info.discStatus, DISC_COMPLETE);
         EXPECT_EQ(info.erasable, IsRewritable(disc->Media()));
+        if (c.tracks == 0) EXPECT_EQ(info.backgroundFormat, 3); // the format completed by the close
         // The file system the builder laid out reads back from the disc.
         const uint32_t volume = DecodeISOVolumeSize(ReadBlocks(16, 1).data(), kBlock);
         EXPECT_GT(volume, 16u);
