@@ -24,14 +24,13 @@ inline std::string FuzzFilePath(const uint8_t* data, size_t size)
     return "/proc/self/fd/" + std::to_string(fd);
 }
 
-// Reads at most 65,536 frames from the start in blocks, then seeks into the middle and before
-// the start and reads again.
-inline void FuzzExerciseSource(const LSoundSource& source)
+// Reads at most `maxFrames` frames from the start in blocks, then seeks into the middle and
+// before the start and reads again.
+inline void FuzzExerciseSource(const LSoundSource& source, int maxFrames)
 {
-    constexpr int kMaxFrames = 1 << 16;
-    constexpr int kBlockFrames = 8192;
+    constexpr int kBlockFrames = 2048;
     std::vector<int> buffer(static_cast<size_t>(kBlockFrames) * source->GetChannels());
-    const int end = std::min(source->GetEndSample(), kMaxFrames);
+    const int end = std::min(source->GetEndSample(), maxFrames);
     for (int done = 0; done < end; done += kBlockFrames)
         source->Read(buffer.data(), std::min(kBlockFrames, end - done));
     source->Seek(source->GetEndSample() / 3);
