@@ -24,19 +24,21 @@ inline std::string FuzzFilePath(const uint8_t* data, size_t size)
     return "/proc/self/fd/" + std::to_string(fd);
 }
 
-// Reads at most 65,536 frames from the start in blocks, then seeks into the middle and before
-// the start and reads again.
-inline void FuzzExerciseSource(const LSoundSource& source)
+// Reads at most `maxSamples` samples (frames times channels) from the start in blocks, then
+// seeks into the middle and before the start and reads again. Counting samples rather than
+// frames keeps files with many channels as quick as the others.
+inline void FuzzExerciseSource(const LSoundSource& source, int maxSamples)
 {
-    constexpr int kMaxFrames = 1 << 16;
-    constexpr int kBlockFrames = 8192;
-    std::vector<int> buffer(static_cast<size_t>(kBlockFrames) * source->GetChannels());
-    const int end = std::min(source->GetEndSample(), kMaxFrames);
-    for (int done = 0; done < end; done += kBlockFrames)
-        source->Read(buffer.data(), std::min(kBlockFrames, end - done));
+    constexpr int kBlockSamples = 8192;
+    const int channels = std::max<int>(source->GetChannels(), 1);
+    const int blockFrames = std::max(kBlockSamples / channels, 1);
+    std::vector<int> buffer(static_cast<size_t>(blockFrames) * channels);
+    const int end = std::min(source->GetEndSample(), maxSamples / channels);
+    for (int done = 0; done < end; done += blockFrames)
+        source->Read(buffer.data(), std::min(blockFrames, end - done));
     source->Seek(source->GetEndSample() / 3);
-    source->Read(buffer.data(), 1001);
+    source->Read(buffer.data(), std::min(1001, blockFrames));
     source->Seek(-5);
-    source->Read(buffer.data(), 10);
+    source->Read(buffer.data(), std::min(10, blockFrames));
     source->IsStreaming();
 }

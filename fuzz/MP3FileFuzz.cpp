@@ -8,8 +8,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string path = FuzzFilePath(data, size);
     if (path.empty())
         return 0;
-    FuzzExerciseSource(LMP3File::OpenSource(path.c_str()));
-    char name[260];
-    LMP3File::GetCodecName(name, path.c_str());
+    // One frame from the start, then the seeks: the decoder itself has a target of its own, fed
+    // from memory. The codec name is left out: it only opens the same source again.
+    FuzzExerciseSource(LMP3File::OpenSource(path.c_str()), 2 * 1152);
     return 0;
 }

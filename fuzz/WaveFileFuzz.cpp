@@ -8,7 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string path = FuzzFilePath(data, size);
     if (path.empty())
         return 0;
-    FuzzExerciseSource(LWaveFile::OpenSource(path.c_str()));
+    FuzzExerciseSource(LWaveFile::OpenSource(path.c_str()), 1 << 16);
     char name[260];
     LGetWaveFileCodecName(name, path.c_str());
     return 0;

@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  cmake ninja-build g++ pkg-config
+  cmake ninja-build g++ pkg-config clang libclang-rt-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev qt6-svg-dev libpulse-dev libburn-dev libudev-dev
   lame sox libsox-fmt-all ffmpeg mpg123 id3v2 python3-mutagen

@@ -76,17 +76,9 @@ std::vector<std::string> LQueuedOutputs() {
          at += sizeof(LProcessConvert)) {
         LProcessConvert request;
         std::memcpy(&request, data.data() + at, sizeof request);
-        request.destinationPath[sizeof request.destinationPath - 1] = 0;
-        if (request.destinationPath[0]) {
-            outputs.emplace_back(request.destinationPath);
-            continue;
-        }
-        char name[kPathBufferSize], path[kPathBufferSize];
-        request.sourcePath[sizeof request.sourcePath - 1] = 0;
-        request.outputFolder[sizeof request.outputFolder - 1] = 0;
-        request.outputExtension[sizeof request.outputExtension - 1] = 0;
-        _GetFileNameFromPath(name, request.sourcePath);
-        _MakeFilePath(path, request.outputFolder, name, request.outputExtension);
+        LTerminateRequestStrings(request);
+        char path[kPathBufferSize];
+        LGetRequestDestination(path, request);
         outputs.emplace_back(path);
     }
     return outputs;
@@ -96,7 +88,8 @@ std::vector<std::string> LRecoverDiscardedRequests(const std::vector<LProcessCon
     std::vector<std::string> recovered;
     std::string folderShown;
     char folder[kPathBufferSize];
-    for (const LProcessConvert& request : requests) {
+    for (LProcessConvert request : requests) {
+        LTerminateRequestStrings(request);
         if (request.destinationPath[0]) {
             char partial[kPathBufferSize];
             LGetPartialOutputPath(partial, request.destinationPath);

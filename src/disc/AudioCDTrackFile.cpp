@@ -35,6 +35,11 @@ bool FindChunk(int fd, const char* id, uint64_t& where) {
     return false;
 }
 
+// 0xFFFF0000 shifted right by the sample size: 0xFFFF for 16 bits, nothing left from 32 on.
+uint32_t SampleMask(uint32_t sampleSize) {
+    return sampleSize < 32 ? 0xFFFF0000u >> sampleSize : 0;
+}
+
 int16_t Clamp16(int value) {
     return int16_t(std::clamp(value, -32768, 32767));
 }
@@ -79,7 +84,7 @@ int32_t PreBurn(LAudioTrackRef& track) {
     posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
     posix_fadvise(fd, 0, 0, POSIX_FADV_NOREUSE);
     track.fd = fd;
-    track.sampleMask = 0xFFFF0000u >> track.sampleSize;
+    track.sampleMask = SampleMask(track.sampleSize);
     track.readPosition = track.dataStart;
     return 0;
 }
@@ -153,7 +158,7 @@ bool ParseAiffTrack(const std::string& path, LAudioTrackRef& track) {
     track.dataStart = uint32_t(start);
     track.dataEnd = uint32_t(end);
     track.readPosition = track.dataStart;
-    track.sampleMask = 0xFFFF0000u >> sampleSize;
+    track.sampleMask = SampleMask(sampleSize);
     track.path = path;
     return true;
 }

@@ -28,6 +28,7 @@ protected:
 private:
     // Shared with every pending post; cleared by the destructor so late posts find no target.
     struct Target {
+        explicit Target(LThreadQueuedNotify* notify) : object(notify) {}
         std::atomic<LThreadQueuedNotify*> object;
     };
 

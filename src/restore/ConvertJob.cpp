@@ -197,10 +197,11 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job,
         return PROCESS_FAILED;
     }
 
-    char name[kPathBufferSize];
-    _GetFileNameFromPath(name, job.sourcePath);
-    if (job.destinationPath[0] == 0)
-        _MakeFilePath(job.destinationPath, job.outputFolder, name, job.outputExtension);
+    if (job.destinationPath[0] == 0) {
+        char destination[kPathBufferSize];
+        LGetRequestDestination(destination, job);
+        std::memcpy(job.destinationPath, destination, sizeof job.destinationPath);
+    }
     char fileName[kPathBufferSize];
     _GetFileFromPath(fileName, job.destinationPath);
     ConvertNotify().NotifyFile(fileName);
@@ -248,6 +249,7 @@ namespace {
 
 LProcessResult Run(LProcessInterface& progress, LProcessConvert& job,
                    const LRestoreChoices* choices) {
+    LTerminateRequestStrings(job);
     bool inPlace = false;
     const LProcessResult result = Convert(progress, job, choices, inPlace);
     ConvertNotify().SetStatusText("");

@@ -25,6 +25,13 @@ struct LProcessConvert {
 };
 static_assert(sizeof(LProcessConvert) == 1825);
 
+// Ends every string of a request that was read from outside (the queue file) at the last byte
+// of its field at the latest, so that none runs on into the next field.
+void LTerminateRequestStrings(LProcessConvert& request);
+// Where the request's output goes: its destinationPath, or outputFolder + the source's file
+// name + outputExtension when that is empty. `out` takes 260 bytes.
+void LGetRequestDestination(char* out, const LProcessConvert& request);
+
 // Converts the request's source into its destination: opens the wave or MP3 source, restores
 // it when asked, writes a wave or MP3 file with the source's tags, then renames, copies and
 // announces as the request says. The output is written under the hidden name of

@@ -61,19 +61,28 @@ void ClearAudioBuffer(int* buffer, int count)
         std::memset(buffer, 0, sizeof(int) * static_cast<size_t>(count));
 }
 
-__attribute__((target_clones("avx2", "default"))) int GetBufferPeak(const int* buffer, int frames,
-                                                                  unsigned char channels)
+namespace {
+
+// Kept apart from GetBufferPeak: clang resolves a function with clones only for callers in the
+// same file.
+__attribute__((target_clones("avx2", "default"))) int SamplesPeak(const int* samples, int count)
 {
     // The same as PeakStrided with a stride of 1, in a loop the compiler turns into vector
     // instructions.
-    const int count = frames * channels;
     int high = 0;
     int low = 0;
     for (int i = 0; i < count; ++i) {
-        high = std::max(high, buffer[i]);
-        low = std::min(low, buffer[i]);
+        high = std::max(high, samples[i]);
+        low = std::min(low, samples[i]);
     }
     return high > -low ? high : -low;
+}
+
+} // namespace
+
+int GetBufferPeak(const int* buffer, int frames, unsigned char channels)
+{
+    return SamplesPeak(buffer, frames * channels);
 }
 
 int GetBufferPeakChan(unsigned char channel, const int* buffer, int frames, unsigned char channels)

@@ -45,7 +45,8 @@ bool IsWide(uint8_t encoding) {
 // 16-bit unit for UTF-16), terminator not counted; the whole size when there is none.
 std::size_t StringLength(uint8_t encoding, const uint8_t* p, std::size_t size) {
     if (!IsWide(encoding)) {
-        const void* zero = std::memchr(p, 0, size);
+        // An empty frame's data may be no pointer at all.
+        const void* zero = size > 0 ? std::memchr(p, 0, size) : nullptr;
         return zero ? static_cast<const uint8_t*>(zero) - p : size;
     }
     for (std::size_t i = 0; i + 1 < size; i += 2)

@@ -172,6 +172,15 @@ TEST_F(TrackFolder, ProducerMasksSamplesNarrowerThan16Bits) {
     EXPECT_EQ(Produce(track, 4), (std::vector<int16_t>{0x1230, int16_t(0xFFF0)}));
 }
 
+TEST_F(TrackFolder, ProducerTakesTheUpper16BitsOfWideSamples) {
+    // 48-bit samples: six bytes each, nothing of the narrow-sample mask left.
+    AiffLayout layout{2, 1, 48, 44100, {0x1234, 0x5678, -0x6544, 0x4321, 0, 0}};
+    LAudioTrackRef track;
+    ASSERT_TRUE(ParseAiffTrack(Write("w.aiff", MakeAiff(layout)), track));
+    EXPECT_EQ(track.sampleMask, 0u);
+    EXPECT_EQ(Produce(track, 4), (std::vector<int16_t>{0x1234, 0x4321}));
+}
+
 TEST_F(TrackFolder, ProducerStopsAtTheDataEndAndRejectsUnknownMessages) {
     AiffLayout layout{2, 2, 16, 44100, {1, 2, 3, 4}};
     LAudioTrackRef track;

@@ -266,3 +266,24 @@ TEST_F(ConvertJobTest, RestorationRunsWhenAsked) {
 }
 
 } // namespace
+
+TEST_F(ConvertJobTest, RequestsWhoseStringsFillTheirFieldsFailWithinThem) {
+    // A damaged queue file can hold requests without a single terminating zero: every field
+    // and flag byte set. The job must stay inside each field and fail cleanly.
+    const auto fill = [](char (&field)[260], const std::string& start, const char* pattern) {
+        for (std::size_t i = 0; i < sizeof field; ++i)
+            field[i] = i < start.size() ? start[i] : pattern[(i - start.size()) % 2];
+    };
+    LProcessConvert job;
+    std::memset(&job, 1, sizeof job);
+    fill(job.sourcePath, (In() / "missing").string(), "xx");
+    fill(job.outputFolder, (Out() / "deep/").string(), "d/");
+    fill(job.outputExtension, ".wav", "ww");
+    fill(job.destinationPath, "", "\0\0");
+    fill(job.reserved, "", "rr");
+    fill(job.lengthText, "", "ll");
+    fill(job.copyFolder, (Out() / "copy/").string(), "c/");
+    EXPECT_EQ(Process(progress_, job), PROCESS_FAILED);
+    EXPECT_EQ(std::strlen(job.destinationPath), 259u);
+    EXPECT_EQ(std::string(job.destinationPath).rfind((Out() / "deep/d/d/").string(), 0), 0u);
+}

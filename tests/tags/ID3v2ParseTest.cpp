@@ -159,7 +159,7 @@ TEST(ID3v2Parse, DamagedTagsStopWithoutReadingPastTheData) {
 
     // Frames too short for what they hold are skipped.
     tags = Parse(Tag(3, Concat({Frame("COMM", {0, 'e'}), Frame("POPM", Text("no rating")),
-                                Frame("PCNT", {1}), Frame("TIT2", {}), good})));
+                                Frame("POPM", {}), Frame("PCNT", {1}), Frame("TIT2", {}), good})));
     EXPECT_EQ(tags.GetCount(), 1u);
 
     // A tag larger than the data, sizes with the high bit set and other versions fail.

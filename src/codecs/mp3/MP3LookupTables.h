@@ -9,7 +9,9 @@ struct MP3LookupTables {
     // index N / 2 on (N = 32, 16, 8, 4, 2).
     float dctFactors[32];
     float globalGain[256]; // 2^((g - 210) / 4)
-    float scaleFactor[65]; // 2^(-i / 2)
+    // 2^(-i / 2), up to the largest short-block exponent: a five-bit scale factor (MPEG-2
+    // intensity stereo) shifted by scalefac_scale, plus four times the largest subblock gain.
+    float scaleFactor[(31 << 1) + 4 * 7 + 1];
     // sign(x) |x|^(4/3) for x = -8206..8206, reached through pow43 (which points at x = 0).
     float signedPow43[2 * kPowCount - 1];
     const float* pow43;
