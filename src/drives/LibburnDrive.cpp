@@ -4,7 +4,9 @@
 
 #include <libburn/libburn.h>
 
+#include <chrono>
 #include <cstring>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -120,7 +122,12 @@ std::vector<LDiscDeviceRef> ScanLibburnDrives() {
     burn_drive_clear_whitelist();
     burn_drive_info* infos = nullptr;
     unsigned int count = 0;
-    if (burn_drive_scan(&infos, &count) <= 0 || !infos) return drives;
+    // The scan runs on a thread of libburn's that fills in `infos` and `count` when it ends: it
+    // must be asked again until it says so, or it writes into this frame after it is gone.
+    int scanned = 0;
+    while ((scanned = burn_drive_scan(&infos, &count)) == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    if (scanned < 0 || !infos) return drives;
     for (unsigned int i = 0; i < count; ++i) {
         char address[BURN_DRIVE_ADR_LEN] = {};
         if (burn_drive_get_adr(&infos[i], address) <= 0) continue;
