@@ -25,7 +25,8 @@
 // The options of the setting inject faults: a WRITE covering `write-error` fails with 3/0C/00,
 // a READ covering `verify-error` returns other bytes, `not-ready=N` makes the first N TEST UNIT
 // READY after loading answer 2/04/01, `no-write12` refuses WRITE(12) (5/20/00), `no-streaming`
-// its streaming bit (5/24/00), and `slow=MS` delays every WRITE.
+// its streaming bit (5/24/00), and `slow=MS` delays every WRITE and makes a close report
+// "in progress" for a moment before it is done.
 //
 // Mode pages, the tray lock and a running blank or format belong to this drive object; the
 // disc's state is saved in PATH.state after every step that changes the layout and when the
@@ -70,6 +71,8 @@ private:
     static const uint8_t* Sent(const Call& call, size_t size);
 
     void Start(uint8_t qualifier, int polls);
+    // A closing of a track, session or format: "in progress" for a while only on a slow drive.
+    void StartClose();
     // Counts a poll of a running operation; false (with the not-ready sense) while it runs.
     bool PollOperation(Call& call);
     void Save(const LVirtualDisc::State& state, bool now);

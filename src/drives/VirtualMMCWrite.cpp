@@ -31,9 +31,9 @@ constexpr LSenseBytes kNoMoreReservations{5, 0x72, 0x05};
 constexpr uint32_t kBlockLength = 2048;
 constexpr uint8_t kFormatting = 0x04;
 constexpr uint8_t kInProgress = 0x07;
-// Answers for which a blank or format, and a closing, report "in progress". The command layer
-// asks again by itself every half second for two seconds before its wait sees the progress, so
-// an erase lasts a few seconds of such polling.
+// Answers for which a blank or format, and a closing of a slow drive, report "in progress". The
+// command layer asks again by itself every half second for two seconds before its wait sees the
+// progress, so an erase lasts a few seconds of such polling.
 constexpr int kErasePolls = 12;
 constexpr int kClosePolls = 2;
 
@@ -196,7 +196,7 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::CloseTrackSession(Call& call) {
             if (state.format == LVirtualFormat::Started) {
                 state.format = LVirtualFormat::Complete;
                 Save(state, true);
-                Start(kInProgress, kClosePolls);
+                StartClose();
             }
             return kGood;
         }
@@ -230,8 +230,14 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::CloseTrackSession(Call& call) {
         return kInvalidField;
     }
     Save(state, true);
-    Start(kInProgress, kClosePolls);
+    StartClose();
     return kGood;
+}
+
+void LVirtualMMCDrive::StartClose() {
+    // The file holds every block already, so the close has nothing left to do; a drive set to
+    // be slow takes its time over it like a real one finishing the lead-out.
+    if (disc_->Options().slowMs) Start(kInProgress, kClosePolls);
 }
 
 LVirtualMMCDrive::Sense LVirtualMMCDrive::Blank(Call& call) {

@@ -287,6 +287,21 @@ TEST_F(VirtualMMC, BlankingAndFormattingReportProgressThenLeaveABlankDisc) {
     EXPECT_EQ(LSCSISenseText(device.GetSense()), "5/26/00");
 }
 
+TEST_F(VirtualMMC, AClosingIsInProgressForAMomentOnlyOnASlowDrive) {
+    for (const bool slow : {false, true}) {
+        for (const char* media : {"dvd+rw", "dvd+r"}) {
+            SCOPED_TRACE(std::string(media) + (slow ? " slow" : ""));
+            fs::remove(path + ".state");
+            Load(std::string(media) + (slow ? ",slow=1" : ""));
+            ASSERT_EQ(WriteBlocks(0, 16).code, 0u);
+            const bool inPlace = std::string(media) == "dvd+rw";
+            ASSERT_EQ(Run(CDBCloseTrackSession(inPlace ? 0 : 2, 0)), "0/00/00");
+            EXPECT_EQ(Run(CDBTestUnitReady()), slow ? "2/04/07" : "0/00/00");
+            EXPECT_EQ(Run(CDBTestUnitReady()), "0/00/00");
+        }
+    }
+}
+
 TEST_F(VirtualMMC, SessionsAndTracksSurviveTheProcessAndAppendAtTheNextWritableAddress) {
     Load("dvd+r,capacity=10000");
     ASSERT_EQ(ProcessSCSIReserveTrack(job, device, 320).code, 0u);
