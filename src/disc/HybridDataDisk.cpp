@@ -1,5 +1,6 @@
 #include "disc/HybridDataDisk.h"
 
+#include "disc/FileReadAhead.h"
 #include "disc/ISONames.h"
 #include "disc/ImageClock.h"
 #include "disc/SectorTargets.h"
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,6 +31,78 @@ constexpr BurnErrorCodeValue kStopped = 1;
 constexpr uint64_t kCopySliceBytes = 64ull << 20;
 // Image files are written in runs of 1 MiB; drives take runs of 16 or 32 sectors.
 constexpr size_t kImageRunSectors = 512;
+// The ring the files are read into ahead of a drive: 8 MiB in all.
+constexpr size_t kReadAheadBytes = 1 << 20;
+constexpr size_t kReadAheadBuffers = 8;
+
+// Where the progress of one file's copy goes: the job, the progress at the file's first
+// sector, and the progress of a sector.
+struct FileProgress {
+    LProcessInterface& job;
+    double start;
+    double perSector;
+
+    void Copied(uint64_t bytes) const {
+        job.SetProgress(start + static_cast<double>(bytes / kSectorSize) * perSector);
+    }
+};
+
+// How the copy of a file's bytes into the cache ended: the bytes taken, whether they were all
+// its bytes, a run that failed, or a stop request.
+struct FileCopy {
+    uint64_t done = 0;
+    bool readable = false;
+    bool failed = false;
+    bool stopped = false;
+};
+
+// The next file's pieces from the ring, with a look at the stop request after each.
+FileCopy CopyReadAhead(LFileReadAhead& ahead, WriteSectorCache& cache, const FileProgress& at) {
+    FileCopy copy;
+    LFileReadAhead::Piece piece;
+    while (ahead.Next(piece)) {
+        if (piece.size > 0 && !cache.WriteDataToCache(piece.data, piece.size)) {
+            copy.failed = true;
+            return copy;
+        }
+        copy.done += piece.size;
+        if (piece.last) {
+            copy.readable = piece.complete;
+            return copy;
+        }
+        at.Copied(copy.done);
+        if (at.job.IsToStop()) {
+            copy.stopped = true;
+            return copy;
+        }
+    }
+    return copy;
+}
+
+// The file at `path`, `size` bytes of it, copied in slices with a look at the stop request and
+// the progress after each.
+FileCopy CopyByKernel(const std::string& path, uint64_t size, WriteSectorCache& cache,
+                      const FileProgress& at) {
+    FileCopy copy;
+    LFile file(_OpenRead(path.c_str(), 0));
+    while (file.IsOpen() && copy.done < size) {
+        const uint64_t want = std::min(kCopySliceBytes, size - copy.done);
+        const int64_t copied = cache.CopyFromFile(file.GetFd(), copy.done, want);
+        if (copied < 0) {
+            copy.failed = true;
+            return copy;
+        }
+        copy.done += static_cast<uint64_t>(copied);
+        at.Copied(copy.done);
+        if (static_cast<uint64_t>(copied) < want) break;
+        if (copy.done < size && at.job.IsToStop()) {
+            copy.stopped = true;
+            return copy;
+        }
+    }
+    copy.readable = file.IsOpen() && copy.done >= size;
+    return copy;
+}
 
 uint32_t RoundUp(uint64_t value, uint32_t unit) {
     return static_cast<uint32_t>((value + unit - 1) / unit * unit);
@@ -246,69 +320,56 @@ BurnErrorCode LHybridDataDisk::ProcessWriteFilesToDisk(LProcessInterface& progre
     const bool verifying = cache.Verifies();
     if (!verifying) unreadable_.clear();
     BurnErrorCode result;
-    bool ended = false;
-    const double perSector = 0.9 / SectorCount();
     if (!systems_.iso && !systems_.udf) return result;
+    // The files in the image's order; those unreadable when written are not read again.
+    std::vector<LAbstractBurnFile*> files;
+    std::vector<LFileReadAhead::Source> sources;
     compilation_.ForEachItem([&](LAbstractBurnFile& item) {
-        if (item.folder || ended) return;
-        if (progress.IsToStop()) {
-            result = BurnErrorCode(kStopped);
-            ended = true;
-            return;
-        }
+        if (item.folder) return;
+        files.push_back(&item);
+        if (!verifying || !unreadable_.contains(&item)) sources.push_back({item.sourcePath, item.size});
+    });
+    // A drive is fed from a ring the files are read into ahead of it; an image file gets them
+    // copied by the kernel.
+    std::optional<LFileReadAhead> ahead;
+    if (!cache.CopiesInKernel()) ahead.emplace(std::move(sources), kReadAheadBytes, kReadAheadBuffers);
+    const double perSector = 0.9 / SectorCount();
+    for (LAbstractBurnFile* file : files) {
+        const LAbstractBurnFile& item = *file;
+        if (progress.IsToStop()) return BurnErrorCode(kStopped);
         progress.SetStatus(item.name.c_str(), 1);
         const uint64_t sectors = std::max<uint64_t>(1, (item.size + kSectorSize - 1) / kSectorSize);
         const uint64_t end = item.sector + sectors;
         // A file that could not be read when it was written holds zeros on the disc: whatever
         // it holds now, its sectors are not judged.
         if (verifying && unreadable_.contains(&item)) {
-            ended = !cache.SkipToSector(end);
-            if (ended) result = RunFailed(cache);
-            return;
+            if (!cache.SkipToSector(end)) return RunFailed(cache);
+            continue;
         }
-        LFile file(_OpenRead(item.sourcePath.c_str(), 0));
-        // Large files go in slices, with a look at the stop request and the progress after each.
-        uint64_t done = 0;
-        bool failed = false;
-        while (file.IsOpen() && done < item.size) {
-            const uint64_t want = std::min(kCopySliceBytes, item.size - done);
-            const int64_t copied = cache.CopyFromFile(file.GetFd(), done, want);
-            if (copied < 0) {
-                failed = true;
-                break;
-            }
-            done += static_cast<uint64_t>(copied);
-            progress.SetProgress(
-                0.1 + static_cast<double>(item.sector - fileStart_ + done / kSectorSize) * perSector);
-            if (static_cast<uint64_t>(copied) < want) break;
-            if (done < item.size && progress.IsToStop()) {
-                result = BurnErrorCode(kStopped);
-                ended = true;
-                return;
-            }
-        }
-        const bool readable = file.IsOpen() && done >= item.size;
-        if (!failed && !readable) {
+        const FileProgress at{progress, 0.1 + static_cast<double>(item.sector - fileStart_) * perSector,
+                              perSector};
+        const FileCopy copy = ahead ? CopyReadAhead(*ahead, cache, at)
+                                    : CopyByKernel(item.sourcePath, item.size, cache, at);
+        if (copy.stopped) return BurnErrorCode(kStopped);
+        if (!copy.failed && !copy.readable) {
             result.AddInformation(41, item.sourcePath.c_str());
             if (result.code == 0) result.code = 41;
             if (!verifying) unreadable_.insert(&item);
         }
         // A file that shrank or could not be read keeps its sectors, as zeros.
-        if (!failed) failed = verifying && !readable ? !cache.SkipToSector(end) : !cache.PadToSector(end);
-        if (!failed) return;
-        ended = true;
+        bool failed = copy.failed;
+        if (!failed) failed = verifying && !copy.readable ? !cache.SkipToSector(end) : !cache.PadToSector(end);
+        if (!failed) continue;
         const BurnErrorCode error = RunFailed(cache);
-        if (error.code != 30) {
-            result = error;
-            return;
-        }
+        if (error.code != 30) return error;
         char text[BurnErrorCodeData::kTextSize];
         std::snprintf(text, sizeof text, "Error verifying file %s sectors %d to %d",
                       item.sourcePath.c_str(), static_cast<int>(cache.FailedFirst()),
                       static_cast<int>(cache.FailedLast()));
         result = error;
         result.AddInformation(30, text);
-    });
+        return result;
+    }
     return result;
 }
 

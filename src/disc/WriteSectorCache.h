@@ -51,6 +51,8 @@ public:
     uint32_t FailedFirst() const { return failedFirst_; }
     uint32_t FailedLast() const { return failedLast_; }
     bool Verifies() const { return target_.Verifies(); }
+    // Whether CopyFromFile hands files to the kernel to copy into the target.
+    bool CopiesInKernel() const { return target_.AppendFd() >= 0; }
 
 private:
     bool Send(const uint8_t* data, uint64_t sectors);
