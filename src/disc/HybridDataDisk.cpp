@@ -79,9 +79,9 @@ FileCopy CopyReadAhead(LFileReadAhead& ahead, WriteSectorCache& cache, const Fil
     return copy;
 }
 
-// The file at `path`, `size` bytes of it, copied in slices with a look at the stop request and
-// the progress after each.
-FileCopy CopyByKernel(const std::string& path, uint64_t size, WriteSectorCache& cache,
+// The file at `path`, `size` bytes of it, copied in slices (by the kernel where it can) with a
+// look at the stop request and the progress after each.
+FileCopy CopyInSlices(const std::string& path, uint64_t size, WriteSectorCache& cache,
                       const FileProgress& at) {
     FileCopy copy;
     LFile file(_OpenRead(path.c_str(), 0));
@@ -349,7 +349,7 @@ BurnErrorCode LHybridDataDisk::ProcessWriteFilesToDisk(LProcessInterface& progre
         const FileProgress at{progress, 0.1 + static_cast<double>(item.sector - fileStart_) * perSector,
                               perSector};
         const FileCopy copy = ahead ? CopyReadAhead(*ahead, cache, at)
-                                    : CopyByKernel(item.sourcePath, item.size, cache, at);
+                                    : CopyInSlices(item.sourcePath, item.size, cache, at);
         if (copy.stopped) return BurnErrorCode(kStopped);
         if (!copy.failed && !copy.readable) {
             result.AddInformation(41, item.sourcePath.c_str());
