@@ -50,7 +50,8 @@ bool LFileReadAhead::ReadSource(size_t index) {
     for (;;) {
         Slot* slot = FreeSlot();
         if (!slot) return false;
-        const size_t want = static_cast<size_t>(std::min<uint64_t>(slot->bytes.size(), source.size - done));
+        const size_t want =
+            static_cast<size_t>(std::min<uint64_t>(slot->bytes.size(), source.size - done));
         const ssize_t got = file.IsOpen() && want > 0 ? file.Read(slot->bytes.data(), want) : 0;
         const size_t size = got > 0 ? static_cast<size_t>(got) : 0;
         done += size;

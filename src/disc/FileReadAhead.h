@@ -61,5 +61,5 @@ private:
     size_t takeNext_ = 0;  // the slot the writer takes next
     bool holding_ = false; // the writer holds the slot before takeNext_
     bool closing_ = false;
-    bool ended_ = false;   // the writer has taken the last piece
+    bool ended_ = false; // the writer has taken the last piece
 };

@@ -23,8 +23,6 @@ constexpr uint32_t kUDFPathTables = 70;
 constexpr uint32_t kUDFAnchor = 256;
 constexpr uint32_t kUDFDirectories = 257;
 constexpr size_t kBootBytes = 32768;
-// Existing images are read in chunks of this size (half of it on Blu-ray).
-constexpr size_t kChunk = 65536;
 constexpr BurnErrorCodeValue kStopped = 1;
 // Files are copied in slices of this size, between which a stop request and the progress are
 // looked at.
@@ -327,12 +325,14 @@ BurnErrorCode LHybridDataDisk::ProcessWriteFilesToDisk(LProcessInterface& progre
     compilation_.ForEachItem([&](LAbstractBurnFile& item) {
         if (item.folder) return;
         files.push_back(&item);
-        if (!verifying || !unreadable_.contains(&item)) sources.push_back({item.sourcePath, item.size});
+        if (!verifying || !unreadable_.contains(&item))
+            sources.push_back({item.sourcePath, item.size});
     });
     // A drive is fed from a ring the files are read into ahead of it; an image file gets them
     // copied by the kernel.
     std::optional<LFileReadAhead> ahead;
-    if (!cache.CopiesInKernel()) ahead.emplace(std::move(sources), kReadAheadBytes, kReadAheadBuffers);
+    if (!cache.CopiesInKernel())
+        ahead.emplace(std::move(sources), kReadAheadBytes, kReadAheadBuffers);
     const double perSector = 0.9 / SectorCount();
     for (LAbstractBurnFile* file : files) {
         const LAbstractBurnFile& item = *file;
@@ -346,8 +346,8 @@ BurnErrorCode LHybridDataDisk::ProcessWriteFilesToDisk(LProcessInterface& progre
             if (!cache.SkipToSector(end)) return RunFailed(cache);
             continue;
         }
-        const FileProgress at{progress, 0.1 + static_cast<double>(item.sector - fileStart_) * perSector,
-                              perSector};
+        const double start = 0.1 + static_cast<double>(item.sector - fileStart_) * perSector;
+        const FileProgress at{progress, start, perSector};
         const FileCopy copy = ahead ? CopyReadAhead(*ahead, cache, at)
                                     : CopyInSlices(item.sourcePath, item.size, cache, at);
         if (copy.stopped) return BurnErrorCode(kStopped);
@@ -358,7 +358,8 @@ BurnErrorCode LHybridDataDisk::ProcessWriteFilesToDisk(LProcessInterface& progre
         }
         // A file that shrank or could not be read keeps its sectors, as zeros.
         bool failed = copy.failed;
-        if (!failed) failed = verifying && !copy.readable ? !cache.SkipToSector(end) : !cache.PadToSector(end);
+        if (!failed && verifying && !copy.readable) failed = !cache.SkipToSector(end);
+        else if (!failed) failed = !cache.PadToSector(end);
         if (!failed) continue;
         const BurnErrorCode error = RunFailed(cache);
         if (error.code != 30) return error;
@@ -380,18 +381,16 @@ BurnErrorCode LHybridDataDisk::WriteISOImageSectors(LProcessInterface& progress,
     };
     LFile source(_OpenRead(sourceImage_.c_str(), 1000));
     if (!source.IsOpen()) return sourceFailed(std::strerror(errno));
-    std::vector<uint8_t> chunk(Unit(media_) == 32 ? kChunk / 2 : kChunk);
-    for (uint64_t done = 0; done < sourceBytes_;) {
-        if (progress.IsToStop()) return BurnErrorCode(kStopped);
-        const size_t want =
-            static_cast<size_t>(std::min<uint64_t>(chunk.size(), sourceBytes_ - done));
-        const ssize_t got = source.Read(chunk.data(), want);
-        if (got < 0) return sourceFailed(std::strerror(errno));
-        if (got == 0) return sourceFailed("the file became shorter while it was copied");
-        if (!cache.WriteDataToCache(chunk.data(), static_cast<size_t>(got))) return RunFailed(cache);
-        done += static_cast<uint64_t>(got);
-        progress.SetProgress(static_cast<double>(done) / static_cast<double>(sourceBytes_));
-    }
+    // Read ahead of the writes like the files of a compilation; the open file above keeps
+    // the error of a failed opening and tells whether the image changed size meanwhile.
+    if (progress.IsToStop()) return BurnErrorCode(kStopped);
+    LFileReadAhead ahead({{sourceImage_, sourceBytes_}}, kReadAheadBytes, kReadAheadBuffers);
+    const double perSector =
+        static_cast<double>(kSectorSize) / static_cast<double>(std::max<uint64_t>(sourceBytes_, 1));
+    const FileCopy copy = CopyReadAhead(ahead, cache, {progress, 0, perSector});
+    if (copy.stopped) return BurnErrorCode(kStopped);
+    if (copy.failed) return RunFailed(cache);
+    if (!copy.readable) return sourceFailed("the file became shorter while it was copied");
     struct stat info {};
     if (fstat(source.GetFd(), &info) != 0 || static_cast<uint64_t>(info.st_size) != sourceBytes_)
         return sourceFailed("the file changed size while it was copied");
