@@ -1,6 +1,6 @@
 // vinora-cli burn-data's options and its failure without a drive, and images that come out
 // the same byte for byte when SOURCE_DATE_EPOCH fixes their dates.
-#include "support/TempHome.h"
+#include "CliTestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -12,15 +12,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Cli(const std::string& arguments, int* status) {
-    return RunCommand(std::string(VINORA_CLI) + " " + arguments + " 2>&1", status);
-}
-
-std::string Contents(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 TEST(BurnDataCli, RefusesBadOptionsAndSaysWhenThereIsNoDrive) {
     TempHome home;
@@ -68,9 +59,9 @@ TEST(BurnDataCli, ImagesWithAFixedDateAreTheSameByteForByte) {
                    ShellQuote(home.Path() / "three.iso") + args,
                &status);
     ASSERT_EQ(status, 0);
-    const std::string one = Contents(home.Path() / "one.iso");
-    EXPECT_EQ(one, Contents(home.Path() / "two.iso"));
-    EXPECT_NE(one, Contents(home.Path() / "three.iso"));
+    const std::string one = FileText(home.Path() / "one.iso");
+    EXPECT_EQ(one, FileText(home.Path() / "two.iso"));
+    EXPECT_NE(one, FileText(home.Path() / "three.iso"));
     // The volume's creation date is the fixed time, in UTC: 2023-11-14 22:13:20.
     ASSERT_GT(one.size(), 16u * 2048 + 830);
     EXPECT_EQ(one.substr(16 * 2048 + 813, 16), "2023111422132000");

@@ -1,5 +1,6 @@
+#include "CliTestUtil.h"
+
 #include "platform/Log.h"
-#include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
@@ -14,13 +15,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string FileText(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 // Peak and mean of a file as sox measures them, as fractions of full scale.
 struct Levels {
@@ -41,10 +35,6 @@ Levels Measure(const std::string& path) {
 class ConvertCli : public ::testing::Test {
 protected:
     std::string PathOf(const char* name) const { return (home_.Path() / name).string(); }
-
-    std::string Cli(const std::string& arguments, int* status) {
-        return RunCommand(std::string(VINORA_CLI) + " " + arguments + " 2>&1", status);
-    }
 
     // A stereo 440 Hz tone of one second made by sox, with sox effects after it.
     void MakeWave(const char* name, const std::string& effects = "vol 0.5") {
@@ -79,19 +69,13 @@ protected:
 
 TEST_F(ConvertCli, ConvertsAndCopies) {
     MakeWave("in.wav");
-    int status = -1;
-    const std::string output =
-        Cli("convert " + ShellQuote(PathOf("in.wav")) + " " + ShellQuote(PathOf("out/in.mp3")) +
-                " --copy-to " + ShellQuote(PathOf("copies")),
-            &status);
-    ASSERT_EQ(status, 0) << output;
+    ASSERT_EQ(Convert("out/in.mp3", "--copy-to " + ShellQuote(PathOf("copies"))), 0);
     EXPECT_TRUE(fs::exists(PathOf("out/in.mp3")));
     EXPECT_TRUE(fs::exists(PathOf("copies/in.mp3")));
     EXPECT_TRUE(fs::exists(PathOf("in.wav")));
 
-    Cli("convert " + ShellQuote(PathOf("in.wav")) + " " + ShellQuote(PathOf("out/in.ogg")),
-        &status);
-    EXPECT_EQ(status, 2);
+    EXPECT_EQ(Convert("out/in.ogg", ""), 2);
+    int status = -1;
     Cli("convert " + ShellQuote(PathOf("in.wav")), &status);
     EXPECT_EQ(status, 2);
 }
@@ -206,12 +190,9 @@ TEST_F(ConvertCli, AFullDiskFailsWithoutTouchingExistingFiles) {
     MakeWave("in.wav");
     fs::create_directories(PathOf("out"));
     std::ofstream(PathOf("out/in.wav")) << "the earlier conversion";
-    const auto limited = [&](const std::string& arguments, int* status) {
-        // 2,048 bytes: room for the queue's first request, not for a second.
-        return RunCommand("sh -c " + ShellQuote("ulimit -f 4; exec " +
-                                                std::string(VINORA_CLI) + " " + arguments) +
-                              " 2>&1",
-                          status);
+    // 2,048 bytes: room for the queue's first request, not for a second.
+    const auto limited = [](const std::string& arguments, int* status) {
+        return CliOnFullDisk(arguments, 2048, status);
     };
     int status = -1;
     std::string printed = limited("convert " + ShellQuote(PathOf("in.wav")) + " " +

@@ -1,4 +1,4 @@
-#include "support/TempHome.h"
+#include "CliTestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ protected:
     }
 
     std::string Decode(const std::string& arguments, int* status) {
-        return RunCommand(std::string(VINORA_CLI) + " decode " + arguments + " 2>&1", status);
+        return Cli("decode " + arguments, status);
     }
 
     std::string Soxi(const char* option, const std::string& path) {

@@ -1,4 +1,4 @@
-#include "support/TempHome.h"
+#include "CliTestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,7 @@
 namespace {
 
 std::string Info(const std::filesystem::path& file, int* status, const char* streams = "2>&1") {
-    return RunCommand(
-        std::string(VINORA_CLI) + " info " + ShellQuote(file.string()) + " " + streams, status);
+    return Cli("info " + ShellQuote(file.string()), status, streams);
 }
 
 TEST(InfoCli, PrintsTheFormatOfWaveAndMP3Files) {
@@ -73,7 +72,7 @@ TEST(InfoCli, FilesThatCannotBeReadFailWithTheReason) {
     EXPECT_NE(Info(floats, &status).find("encoding is not supported"), std::string::npos);
     EXPECT_EQ(status, 2);
 
-    RunCommand(std::string(VINORA_CLI) + " info 2>/dev/null", &status);
+    Cli("info", &status);
     EXPECT_EQ(status, 2);
 }
 

@@ -1,6 +1,5 @@
 // vinora-cli mkiso over files that exist, on a full disk, and with projects it does not build.
-#include "support/FolderContents.h"
-#include "support/TempHome.h"
+#include "CliTestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -10,10 +9,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Mkiso(const std::string& arguments, int* status) {
-    return RunCommand(std::string(VINORA_CLI) + " mkiso " + arguments + " 2>&1", status);
-}
 
 TEST(MkisoCli, ReplacesOnlyAnImageAndLeavesEveryFileAsItWasOnAFullDisk) {
     TempHome home;
@@ -27,7 +22,8 @@ TEST(MkisoCli, ReplacesOnlyAnImageAndLeavesEveryFileAsItWasOnAFullDisk) {
     const auto before = FolderContents(work);
 
     int status = -1;
-    std::string said = Mkiso(ShellQuote(work / "take1.wav") + " " + ShellQuote(tree), &status);
+    std::string said =
+        Cli("mkiso " + ShellQuote(work / "take1.wav") + " " + ShellQuote(tree), &status);
     EXPECT_EQ(status, 2);
     EXPECT_NE(said.find("is not a disc image"), std::string::npos) << said;
     EXPECT_EQ(FolderContents(work), before);
@@ -48,14 +44,15 @@ TEST(MkisoCli, ReplacesOnlyAnImageAndLeavesEveryFileAsItWasOnAFullDisk) {
     EXPECT_EQ(FolderContents(work), before);
 
     // An earlier image is replaced.
-    Mkiso(ShellQuote(work / "old.iso") + " " + ShellQuote(tree), &status);
+    Cli("mkiso " + ShellQuote(work / "old.iso") + " " + ShellQuote(tree), &status);
     EXPECT_EQ(status, 0);
     EXPECT_GT(fs::file_size(work / "old.iso"), 1u << 20);
     EXPECT_EQ(FolderContents(work).size(), before.size());
 
     for (const char* project : {"1", "17"}) {
-        said = Mkiso(ShellQuote(work / "p.iso") + " --project " + project + " " + ShellQuote(tree),
-                     &status);
+        said = Cli("mkiso " + ShellQuote(work / "p.iso") + " --project " + project + " " +
+                       ShellQuote(tree),
+                   &status);
         EXPECT_EQ(status, 2) << project;
         EXPECT_NE(said.find(std::string("project ") + project + " ("), std::string::npos) << said;
         EXPECT_FALSE(fs::exists(work / "p.iso"));

@@ -1,12 +1,13 @@
+#include "CliTestUtil.h"
+
 #include "platform/Settings.h"
-#include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-std::string Cli(const std::string& arguments, int* status) {
-    return RunCommand(std::string(VINORA_CLI) + " settings " + arguments + " 2>/dev/null", status);
+std::string Settings(const std::string& arguments, int* status) {
+    return Cli("settings " + arguments, status, "2>/dev/null");
 }
 
 } // namespace
@@ -15,25 +16,25 @@ TEST(SettingsCli, SeesWritesOfAnotherProcessAtOnce) {
     TempHome home;
     int status = -1;
     ASSERT_TRUE(LUserSettingSetString("OutputFormat", "OutputFolder", "/srv/Vinyl Rips"));
-    EXPECT_EQ(Cli("get OutputFormat OutputFolder", &status), "/srv/Vinyl Rips\n");
+    EXPECT_EQ(Settings("get OutputFormat OutputFolder", &status), "/srv/Vinyl Rips\n");
     EXPECT_EQ(status, 0);
 
-    Cli("set Settings/ SplitTime " + ShellQuote("4"), &status);
+    Settings("set Settings/ SplitTime " + ShellQuote("4"), &status);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(LUserSettingGet<int>("Settings", "SplitTime", 0), 4);
 
-    Cli("delete OutputFormat OutputFolder", &status);
+    Settings("delete OutputFormat OutputFolder", &status);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(LUserSettingGetString("OutputFormat", "OutputFolder", "default"), "default");
-    EXPECT_EQ(Cli("get OutputFormat OutputFolder " + ShellQuote("the default"), &status),
+    EXPECT_EQ(Settings("get OutputFormat OutputFolder " + ShellQuote("the default"), &status),
               "the default\n");
     EXPECT_EQ(status, 0);
 
     ASSERT_TRUE(LUserSettingSetString("Settings", "FileNameFormat", "Side, %autonumber%"));
-    EXPECT_EQ(Cli("list", &status),
+    EXPECT_EQ(Settings("list", &status),
               "Settings/FileNameFormat=Side, %autonumber%\nSettings/SplitTime=4\n");
     LUserSettingSet<bool>("Wizard", "CalibrateVolume", false);
-    EXPECT_EQ(Cli("list Wizard", &status), "Wizard/CalibrateVolume=0\n");
+    EXPECT_EQ(Settings("list Wizard", &status), "Wizard/CalibrateVolume=0\n");
 }
 
 TEST(SettingsCli, BadUsageFailsWithoutWriting) {
@@ -41,17 +42,16 @@ TEST(SettingsCli, BadUsageFailsWithoutWriting) {
     for (const char* arguments : {"", "get", "get Section", "set Section Key", "delete Section",
                                   "get A B C D", "rename A B", "list A B"}) {
         int status = -1;
-        const std::string output = Cli(arguments, &status);
+        const std::string output = Settings(arguments, &status);
         EXPECT_EQ(status, 2) << arguments;
         EXPECT_EQ(output, "") << arguments;
     }
     int status = -1;
-    Cli("set Settings Key " + std::string(300, 'v'), &status);
+    Settings("set Settings Key " + std::string(300, 'v'), &status);
     EXPECT_EQ(status, 2);
     EXPECT_FALSE(std::filesystem::exists(GetUserSettingsFilePath()));
 
-    const std::string error =
-        RunCommand(std::string(VINORA_CLI) + " settings get Section 2>&1", &status);
+    const std::string error = Cli("settings get Section", &status);
     EXPECT_NE(error.find("usage: vinora-cli settings get SECTION KEY [DEFAULT]"), std::string::npos)
         << error;
 }

@@ -1,4 +1,5 @@
-#include "support/TempHome.h"
+#include "CliTestUtil.h"
+
 #include "tags/TagTestFiles.h"
 
 #include <gtest/gtest.h>
@@ -9,9 +10,7 @@ namespace {
 
 std::string Tags(const std::filesystem::path& file, const std::string& arguments, int* status,
                  const char* streams = "2>/dev/null") {
-    return RunCommand(std::string(VINORA_CLI) + " tags " + ShellQuote(file.string()) + " " +
-                          arguments + " " + streams,
-                      status);
+    return Cli("tags " + ShellQuote(file.string()) + " " + arguments, status, streams);
 }
 
 } // namespace

@@ -3,8 +3,9 @@
 // read as fast as the session takes it) and vinora-cli record (the input in faster than real
 // time, as a live input); every queued recording must hold its track's music and at most a
 // quarter of a second of the quiet on either side.
+#include "CliTestUtil.h"
+
 #include "codecs/WaveFile.h"
-#include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
@@ -109,22 +110,18 @@ int Locate(const std::vector<int16_t>& side, const std::vector<int16_t>& track) 
 }
 
 // The sources of the queued requests, oldest first ("SOURCE -> DESTINATION" lines).
-std::vector<std::string> QueuedRecordings(const std::string& listed) {
+std::vector<std::string> QueuedRecordings() {
     std::vector<std::string> sources;
-    std::istringstream lines(listed);
+    std::istringstream lines(Cli("queue list", nullptr, "2>/dev/null"));
     for (std::string line; std::getline(lines, line);)
         if (const size_t arrow = line.find(" -> "); arrow != std::string::npos)
             sources.push_back(line.substr(0, arrow));
     return sources;
 }
 
-std::string Cli(const std::string& arguments, int* status = nullptr) {
-    return RunCommand(std::string(VINORA_CLI) + " " + arguments + " 2>/dev/null", status);
-}
-
 void ExpectTracks(const std::vector<int16_t>& side, const std::vector<Span>& music,
                   const std::string& how) {
-    const std::vector<std::string> recordings = QueuedRecordings(Cli("queue list"));
+    const std::vector<std::string> recordings = QueuedRecordings();
     ASSERT_EQ(recordings.size(), music.size()) << how;
     const int quarter = kRate / 4;
     for (size_t i = 0; i < recordings.size(); ++i) {
@@ -166,10 +163,10 @@ TEST(TrackEndsCli, EveryTrackEndsAndStartsWithinAQuarterSecondOfItsMusic) {
         Cli("settings set Recording Volume 0");
         const std::string how = "side " + std::to_string(s);
         int status = -1;
-        Cli("split-side " + ShellQuote(path.string()) + " --floor -40", &status);
+        Cli("split-side " + ShellQuote(path.string()) + " --floor -40", &status, "2>/dev/null");
         ASSERT_EQ(status, 0) << how;
         ExpectTracks(side, music, "split-side " + how);
-        for (const std::string& recording : QueuedRecordings(Cli("queue list")))
+        for (const std::string& recording : QueuedRecordings())
             fs::remove(recording);
         fs::remove(home.DataHome() / "Brakwater Software/Vinora/vnprocesses.list");
 
@@ -179,7 +176,7 @@ TEST(TrackEndsCli, EveryTrackEndsAndStartsWithinAQuarterSecondOfItsMusic) {
                    &status);
         ASSERT_EQ(status, 0) << how;
         ExpectTracks(side, music, "record " + how);
-        for (const std::string& recording : QueuedRecordings(Cli("queue list")))
+        for (const std::string& recording : QueuedRecordings())
             fs::remove(recording);
     }
 }

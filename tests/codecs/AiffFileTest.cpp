@@ -61,22 +61,4 @@ TEST_F(AiffFileTest, HeaderSaysUnknownSizeUntilFinishedAndSeekCutsBack) {
     EXPECT_EQ(bytes[55], 0x00);
 }
 
-TEST_F(AiffFileTest, SoxAndFFprobeReadTheFile) {
-    for (const int rate : {22050, 44100}) {
-        const std::vector<int> samples = Saw(rate / 4, 2);
-        const std::filesystem::path path = Write(rate, 2, samples);
-        EXPECT_EQ(Soxi("-t", path), "aiff");
-        EXPECT_EQ(Soxi("-r", path), std::to_string(rate));
-        EXPECT_EQ(Soxi("-c", path), "2");
-        EXPECT_EQ(Soxi("-b", path), "16");
-        EXPECT_EQ(SoxSamples(path), samples);
-
-        const std::string probe = FFprobeStream(path);
-        for (const std::string& line :
-             {std::string("codec_name=pcm_s16be"), "sample_rate=" + std::to_string(rate),
-              "duration_ts=" + std::to_string(rate / 4)})
-            EXPECT_NE(probe.find(line + "\n"), std::string::npos) << line << " in\n" << probe;
-    }
-}
-
 } // namespace

@@ -1,6 +1,5 @@
 #include "codecs/MP3File.h"
 #include "codecs/Mp3TestUtil.h"
-#include "codecs/WaveTestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -18,56 +17,25 @@ struct ConformanceCase {
     double mpg123Rms; // what an established decoder achieves, in 16-bit steps
 };
 
-struct Difference {
-    double rms = 0;
-    double max = 0;
-    size_t compared = 0;
-};
-
-// Compares decoded internal samples, as a 16-bit file would store them, with a 16-bit
-// reference over their common length.
-Difference Compare(const std::vector<int>& decoded, int skipValues,
-                   const std::vector<uint8_t>& reference) {
-    Difference d;
-    const size_t available = decoded.size() > static_cast<size_t>(skipValues)
-                                 ? decoded.size() - static_cast<size_t>(skipValues)
-                                 : 0;
-    d.compared = std::min(available, reference.size() / 2);
-    double sum = 0;
-    for (size_t i = 0; i < d.compared; ++i) {
-        const double ours = std::clamp((decoded[skipValues + i] + 8) >> 4, -32768, 32767);
-        const double theirs = static_cast<int16_t>(reference[2 * i] | (reference[2 * i + 1] << 8));
-        const double e = ours - theirs;
-        sum += e * e;
-        d.max = std::max(d.max, std::fabs(e));
-    }
-    d.rms = d.compared ? std::sqrt(sum / static_cast<double>(d.compared)) : 0;
-    return d;
-}
-
-Difference DecodeAndCompare(const ConformanceCase& c) {
+Mp3Difference DecodeAndCompare(const ConformanceCase& c) {
     const LSoundSource source =
         LMP3File::OpenSource(Mp3ConformancePath(std::string(c.name) + ".bit").c_str());
     EXPECT_EQ(source->GetError(), sndErrNone) << c.name;
     EXPECT_EQ(source->GetChannels(), c.channels) << c.name;
     EXPECT_EQ(source->GetSampleRate(), c.rate) << c.name;
-    const std::vector<int> decoded = ReadToEnd(source);
-    const std::vector<uint8_t> reference =
-        ReadFileBytes(Mp3ConformancePath(std::string(c.name) + ".pcm"));
-    return Compare(decoded, c.skipFrames * c.channels, reference);
+    return Compare16(ReadToEnd(source), size_t(c.skipFrames) * c.channels,
+                     Mp3ConformanceReference(c.name));
 }
 
 class Mp3Conformance : public ::testing::TestWithParam<ConformanceCase> {};
 
 TEST_P(Mp3Conformance, MatchesReferenceOutput) {
     const ConformanceCase& c = GetParam();
-    const Difference d = DecodeAndCompare(c);
+    const Mp3Difference d = DecodeAndCompare(c);
     std::printf("%-22s rms %.4f max %.3f LSB over %zu samples (mpg123 rms %.3f)\n", c.name, d.rms,
                 d.max, d.compared, c.mpg123Rms);
     // The references lack at most the last frame.
-    const std::vector<uint8_t> reference =
-        ReadFileBytes(Mp3ConformancePath(std::string(c.name) + ".pcm"));
-    EXPECT_GE(d.compared + 1152 * c.channels, reference.size() / 2);
+    EXPECT_GE(d.compared + 1152 * c.channels, Mp3ConformanceReference(c.name).size());
     EXPECT_LE(d.rms, std::max(c.mpg123Rms, 0.25) + 0.1);
     // Including the MPEG-2 intensity-stereo streams that established decoders get wrong.
     EXPECT_LE(d.rms, 0.35);
@@ -109,15 +77,16 @@ TEST(Mp3ConformanceStreams, ModeSwitchesSkipFramesOfTheOtherMode) {
 
     // The reference decoded every frame (two channels in the middle); its first ten and,
     // once the filter state has settled again, last seventeen frames are the mono ones.
-    const std::vector<uint8_t> reference = ReadFileBytes(Mp3ConformancePath("l3-he_mode.pcm"));
-    const size_t tail = 17 * 1152;
-    const std::vector<int> head(decoded.begin(), decoded.begin() + 10 * 1152);
-    const std::vector<uint8_t> referenceHead(reference.begin(),
-                                             reference.begin() + 2 * head.size());
-    EXPECT_LE(Compare(head, 0, referenceHead).max, 1.0);
-    const std::vector<int> last(decoded.end() - tail, decoded.end());
-    const std::vector<uint8_t> referenceLast(reference.end() - 2 * tail, reference.end());
-    EXPECT_LE(Compare(last, 0, referenceLast).max, 1.0);
+    const std::vector<int> reference = Mp3ConformanceReference("l3-he_mode");
+    const size_t head = 10 * 1152, tail = 17 * 1152;
+    EXPECT_LE(Compare16(std::vector<int>(decoded.begin(), decoded.begin() + head), 0,
+                        std::vector<int>(reference.begin(), reference.begin() + head))
+                  .max,
+              1.0);
+    EXPECT_LE(Compare16(std::vector<int>(decoded.end() - tail, decoded.end()), 0,
+                        std::vector<int>(reference.end() - tail, reference.end()))
+                  .max,
+              1.0);
 }
 
 TEST(Mp3ConformanceStreams, FreeFormatIsRefusedAsFormatError) {

@@ -1,5 +1,6 @@
+#include "Mp3TestUtil.h"
+
 #include "codecs/Mp3EncodeCommand.h"
-#include "codecs/Mp3EncodeSettings.h"
 #include "platform/Settings.h"
 #include "support/TempHome.h"
 
@@ -10,22 +11,6 @@
 #include <string>
 
 namespace {
-
-LMp3EncodeSettings Cbr(int kbps, bool highQuality = false) {
-    LMp3EncodeSettings settings{LMp3EncodeSettings::DefaultsTag{}};
-    settings.cbrBitRate = static_cast<uint16_t>(kbps);
-    settings.highQuality = highQuality;
-    return settings;
-}
-
-LMp3EncodeSettings Vbr(int minKbps, int maxKbps, int quality = 4) {
-    LMp3EncodeSettings settings{LMp3EncodeSettings::DefaultsTag{}};
-    settings.constantBitRate = 0;
-    settings.vbrMinBitRate = static_cast<uint16_t>(minKbps);
-    settings.vbrMaxBitRate = static_cast<uint16_t>(maxKbps);
-    settings.vbrQuality = static_cast<uint8_t>(quality);
-    return settings;
-}
 
 // A private home with an encoder component installed, so that the command lines name a
 // known encoder path.
@@ -64,7 +49,7 @@ protected:
 
 TEST(Mp3EncodeSettingsTest, StoredSettingsComeBackWithAWideVbrRangeNarrowed) {
     TempHome home;
-    LMp3EncodeSettings changed = Vbr(24, 192, 2);
+    LMp3EncodeSettings changed = Mp3Vbr(24, 192, 2);
     changed.errorProtection = 1;
     changed.channelMode = LMp3EncodeSettings::modeForce;
     changed.SaveAsDefaultSettings();
@@ -88,29 +73,23 @@ TEST(Mp3CorrectSampleRateTest, SnapsToEncoderRates) {
                             {11025, 11025}, {11024, 11025}, {8001, 11025},  {8000, 8000},
                             {7999, 8000},   {0, 8000}};
     for (const auto& [rate, expected] : cases)
-        EXPECT_EQ(LMp3CorrectSampleRate(Cbr(128), rate), expected) << rate;
+        EXPECT_EQ(LMp3CorrectSampleRate(Mp3Cbr(128), rate), expected) << rate;
 
     // Bit rates above 160 kbps need a high rate, those up to 31 kbps a low one.
-    EXPECT_EQ(LMp3CorrectSampleRate(Cbr(320), 22050), 44100);
-    EXPECT_EQ(LMp3CorrectSampleRate(Cbr(160), 22050), 22050);
-    EXPECT_EQ(LMp3CorrectSampleRate(Vbr(32, 192), 8000), 44100);
-    EXPECT_EQ(LMp3CorrectSampleRate(Cbr(64), 96000), 48000);
-    EXPECT_EQ(LMp3CorrectSampleRate(Cbr(24), 44100), 22050);
-    EXPECT_EQ(LMp3CorrectSampleRate(Cbr(32), 44100), 44100);
-    EXPECT_EQ(LMp3CorrectSampleRate(Vbr(8, 16), 48000), 22050);
+    EXPECT_EQ(LMp3CorrectSampleRate(Mp3Cbr(320), 22050), 44100);
+    EXPECT_EQ(LMp3CorrectSampleRate(Mp3Cbr(160), 22050), 22050);
+    EXPECT_EQ(LMp3CorrectSampleRate(Mp3Vbr(32, 192), 8000), 44100);
+    EXPECT_EQ(LMp3CorrectSampleRate(Mp3Cbr(64), 96000), 48000);
+    EXPECT_EQ(LMp3CorrectSampleRate(Mp3Cbr(24), 44100), 22050);
+    EXPECT_EQ(LMp3CorrectSampleRate(Mp3Cbr(32), 44100), 44100);
+    EXPECT_EQ(LMp3CorrectSampleRate(Mp3Vbr(8, 16), 48000), 22050);
 }
 
 TEST_F(Mp3CommandLineTest, SettingsGiveTheEncoderSwitchesAndTheSinkFormat) {
-    LMp3EncodeSettings joint = Cbr(128, true);
-    joint.channelMode = LMp3EncodeSettings::modeJoint;
-    LMp3EncodeSettings vbrCrc = Vbr(32, 128);
+    using Mode = LMp3EncodeSettings::ChannelMode;
+    const LMp3EncodeSettings joint = WithMode(Mp3Cbr(128, true), Mode::modeJoint);
+    LMp3EncodeSettings vbrCrc = Mp3Vbr(32, 128);
     vbrCrc.errorProtection = 1;
-    LMp3EncodeSettings force = Cbr(192);
-    force.channelMode = LMp3EncodeSettings::modeForce;
-    LMp3EncodeSettings unknownMode = Cbr(128);
-    unknownMode.channelMode = 7;
-    LMp3EncodeSettings mono = Cbr(128);
-    mono.channelMode = LMp3EncodeSettings::modeMono;
     const struct {
         LMp3EncodeSettings settings;
         int rate, channels;
@@ -119,15 +98,16 @@ TEST_F(Mp3CommandLineTest, SettingsGiveTheEncoderSwitchesAndTheSinkFormat) {
     } cases[] = {
         {joint, 44100, 2, "-m j -b 128 -h -r -x -s 44.100", 44100, 2},
         {vbrCrc, 48000, 2, "-m s -p -v -b 32 -B 128 -V 4 -r -x -s 48.000", 48000, 2},
-        {force, 32000, 2, "-m f -b 192 -r -x -s 32.000", 32000, 2},
-        {unknownMode, 44100, 2, "-m s -b 128 -r -x -s 44.100", 44100, 2},
+        {WithMode(Mp3Cbr(192), Mode::modeForce), 32000, 2, "-m f -b 192 -r -x -s 32.000", 32000, 2},
+        {WithMode(Mp3Cbr(128), 7), 44100, 2, "-m s -b 128 -r -x -s 44.100", 44100, 2},
         // Mono chosen for a stereo source: LAME gets two channels and mixes them down.
-        {mono, 44100, 2, "-a -m m -b 128 -r -x -s 44.100", 44100, 2},
+        {WithMode(Mp3Cbr(128), Mode::modeMono), 44100, 2, "-a -m m -b 128 -r -x -s 44.100", 44100,
+         2},
         // A mono source is encoded as mono whatever the mode.
         {joint, 44100, 1, "-m m -b 128 -h -r -x -s 44.100", 44100, 1},
         // 23 kbps and less: the sink itself is mono, so no downmix switch.
-        {Vbr(8, 16), 44100, 2, "-m m -v -b 8 -B 16 -V 4 -r -x -s 22.050", 22050, 1},
-        {Cbr(24), 44100, 2, "-m s -b 24 -r -x -s 22.050", 22050, 2},
+        {Mp3Vbr(8, 16), 44100, 2, "-m m -v -b 8 -B 16 -V 4 -r -x -s 22.050", 22050, 1},
+        {Mp3Cbr(24), 44100, 2, "-m s -b 24 -r -x -s 22.050", 22050, 2},
     };
     for (const auto& c : cases) {
         const Result result = Build(c.settings, c.rate, c.channels);
@@ -139,7 +119,7 @@ TEST_F(Mp3CommandLineTest, SettingsGiveTheEncoderSwitchesAndTheSinkFormat) {
 }
 
 TEST_F(Mp3CommandLineTest, OutputPathIsQuotedAndEscapedForTheShell) {
-    const Result result = Build(Cbr(128), 11025, 2, "/m/Say \"Hi\" `now` $HOME\\x.mp3");
+    const Result result = Build(Mp3Cbr(128), 11025, 2, "/m/Say \"Hi\" `now` $HOME\\x.mp3");
     EXPECT_EQ(result.command, Quoted() + " -m s -b 128 -r -x -s 11.025 -S - "
                                          "\"/m/Say \\\"Hi\\\" \\`now\\` \\$HOME\\\\x.mp3\"");
 }

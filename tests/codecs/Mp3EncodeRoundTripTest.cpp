@@ -35,32 +35,8 @@ struct Decoded {
     std::vector<int> samples;
 };
 
-Decoded DecodeWithMpg123(const std::string& path, int rate, int channels) {
-    const std::string raw = RunCommand("mpg123 -q -e s16 -s " + ShellQuote(path) + " 2>/dev/null");
-    Decoded out{rate, channels, {}};
-    for (size_t i = 0; i + 1 < raw.size(); i += 2)
-        out.samples.push_back(int16_t(uint8_t(raw[i]) | uint8_t(raw[i + 1]) << 8) * 16);
-    return out;
-}
-
-Decoded DecodeWithOwnDecoder(const std::string& path) {
-    const LSoundSource source = LMP3File::OpenSource(path.c_str());
-    EXPECT_EQ(source->GetError(), sndErrNone);
-    return {source->GetSampleRate(), source->GetChannels(), ReadToEnd(source)};
-}
-
 LMp3EncodeSettings Joint() {
-    LMp3EncodeSettings settings{LMp3EncodeSettings::DefaultsTag{}};
-    settings.channelMode = LMp3EncodeSettings::modeJoint;
-    return settings;
-}
-
-LMp3EncodeSettings Vbr(int minKbps, int maxKbps) {
-    LMp3EncodeSettings settings = Joint();
-    settings.constantBitRate = 0;
-    settings.vbrMinBitRate = static_cast<uint16_t>(minKbps);
-    settings.vbrMaxBitRate = static_cast<uint16_t>(maxKbps);
-    return settings;
+    return WithMode(Mp3Cbr(128, true), LMp3EncodeSettings::modeJoint);
 }
 
 class Mp3EncodeRoundTripTest : public ::testing::Test {
@@ -86,10 +62,12 @@ protected:
     // level against `amplitudes` and what else the channel holds (noise, distortion, the other
     // channel's tone, a wrong rate).
     void CheckBothDecoders(const std::string& path, const std::vector<double>& amplitudes) {
-        const Decoded own = DecodeWithOwnDecoder(path);
+        const LSoundSource source = LMP3File::OpenSource(path.c_str());
+        ASSERT_EQ(source->GetError(), sndErrNone);
+        const Decoded own{source->GetSampleRate(), source->GetChannels(), ReadToEnd(source)};
         const int channels = static_cast<int>(amplitudes.size());
         ASSERT_EQ(own.channels, channels);
-        const Decoded reference = DecodeWithMpg123(path, own.rate, channels);
+        const Decoded reference{own.rate, channels, Mpg123Samples(path, true)};
         for (const Decoded* decoded : {&own, &reference}) {
             const char* who = decoded == &own ? "own decoder" : "mpg123";
             const int rate = decoded->rate;
@@ -110,25 +88,32 @@ protected:
     TempHome home_;
 };
 
-TEST_F(Mp3EncodeRoundTripTest, StereoAtCbrAndVbrAndMonoKeepEachChannel) {
-    CheckBothDecoders(Encode("cbr.mp3", Joint(), 2, 2), {kAmplitude, kAmplitude / 2});
-    CheckBothDecoders(Encode("vbr.mp3", Vbr(32, 256), 2, 2), {kAmplitude, kAmplitude / 2});
-    CheckBothDecoders(Encode("mono.mp3", Joint(), 1, 1), {kAmplitude});
-}
-
-TEST_F(Mp3EncodeRoundTripTest, MonoChosenForAStereoSourceMixesBothChannels) {
-    // Full amplitude on the left and half on the right: the mix holds three quarters.
-    LMp3EncodeSettings mono = Joint();
-    mono.channelMode = LMp3EncodeSettings::modeMono;
-    CheckBothDecoders(Encode("downmix.mp3", mono, 2, 2), {kAmplitude * 3 / 4});
-}
-
-TEST_F(Mp3EncodeRoundTripTest, LowestBitRatesGiveMonoAtLowRates) {
-    // VBR from 8 to 16 kbps: the pump mixes the stereo source down to mono at 22,050 Hz, and
-    // the encoder may lower the rate further.
-    const std::string path = Encode("low.mp3", Vbr(8, 16), 2, 1);
-    EXPECT_LE(DecodeWithOwnDecoder(path).rate, 22050);
-    CheckBothDecoders(path, {kAmplitude * 3 / 4});
+// Stereo keeps each channel at CBR and VBR, and mono stays mono. Mono chosen for a stereo
+// source mixes both channels: full amplitude on the left and half on the right give three
+// quarters. VBR from 8 to 16 kbps has the pump mix the stereo source down to mono at 22,050 Hz,
+// and the encoder may lower the rate further.
+TEST_F(Mp3EncodeRoundTripTest, EachChannelModeAndBitRateKeepsTheTone) {
+    using Settings = LMp3EncodeSettings;
+    const std::vector<double> both = {kAmplitude, kAmplitude / 2}, mix = {kAmplitude * 3 / 4};
+    const struct {
+        const char* name;
+        Settings settings;
+        int channels, sinkChannels;
+        std::vector<double> amplitudes;
+        int highestRate;
+    } cases[] = {
+        {"cbr.mp3", Joint(), 2, 2, both, 44100},
+        {"vbr.mp3", WithMode(Mp3Vbr(32, 256), Settings::modeJoint), 2, 2, both, 44100},
+        {"mono.mp3", Joint(), 1, 1, {kAmplitude}, 44100},
+        {"downmix.mp3", WithMode(Joint(), Settings::modeMono), 2, 2, mix, 44100},
+        {"low.mp3", WithMode(Mp3Vbr(8, 16), Settings::modeJoint), 2, 1, mix, 22050},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string path = Encode(c.name, c.settings, c.channels, c.sinkChannels);
+        EXPECT_LE(LMP3File::OpenSource(path.c_str())->GetSampleRate(), c.highestRate);
+        CheckBothDecoders(path, c.amplitudes);
+    }
 }
 
 TEST_F(Mp3EncodeRoundTripTest, SinkOfAMissingEncoderIsAnErrorSink) {

@@ -3,6 +3,8 @@
 #include "sound/SoundSource.h"
 #include "support/TempHome.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -85,6 +87,22 @@ inline std::vector<int> ReadFrames(const LSoundSource& source, int frames) {
         source->Read(out.data() + size_t(done) * source->GetChannels(),
                      std::min(frames - done, 8192));
     return out;
+}
+
+// Reading `margin` frames either side of the stream's start and of its end gives zeros outside
+// it and `all` (the whole stream) inside, and leaves the position after what was read.
+inline void ExpectZerosOutside(const LSoundSource& source, const std::vector<int>& all,
+                               int margin) {
+    const int channels = source->GetChannels();
+    const int end = int(all.size()) / channels;
+    for (const int from : {-margin, end - margin}) {
+        std::vector<int> expected;
+        for (int i = from * channels; i < (from + 2 * margin) * channels; ++i)
+            expected.push_back(i >= 0 && i < int(all.size()) ? all[i] : 0);
+        source->Seek(from);
+        EXPECT_EQ(ReadFrames(source, 2 * margin), expected) << "from " << from;
+        EXPECT_EQ(source->GetPositionSample(), from + 2 * margin);
+    }
 }
 
 // The file's samples as sox decodes them, in the internal scale (sox's 32-bit samples shifted

@@ -9,6 +9,7 @@
 #include "restore/Normalize.h"
 #include "restore/PitchSpeed.h"
 #include "restore/RIAA.h"
+#include "sound/AudioBuffer.h"
 #include "sound/ConvertRateChannels.h"
 #include "support/BufferSource.h"
 #include "support/TempHome.h"
@@ -17,7 +18,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <functional>
 #include <numbers>
 #include <vector>
@@ -38,13 +38,6 @@ std::vector<int> LoudSide(int frames) {
         samples[2 * f + 1] = -sample;
     }
     return samples;
-}
-
-int Peak(const std::vector<int>& samples) {
-    int peak = 0;
-    for (int value : samples)
-        peak = std::max(peak, std::abs(value));
-    return peak;
 }
 
 TEST(StageHeadroomTest, NoStageReachesPastTheAmplitudeItDeclares) {
@@ -74,7 +67,7 @@ TEST(StageHeadroomTest, NoStageReachesPastTheAmplitudeItDeclares) {
         LSoundSource source = MakeBufferSource(LoudSide(frames), kRate, 2);
         ASSERT_EQ(stage.step(progress, source), PROCESS_DONE) << stage.name;
         const std::vector<int> out = ReadAll(source, frames);
-        EXPECT_LE(Peak(out), source->GetMaxAmplitude()) << stage.name;
+        EXPECT_LE(GetBufferPeak(out.data(), frames, 2), source->GetMaxAmplitude()) << stage.name;
     }
 }
 

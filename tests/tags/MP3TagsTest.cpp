@@ -15,8 +15,6 @@ using namespace tagtest;
 
 namespace {
 
-constexpr const char* kCafe = "Caf\xC3\xA9 M\xC3\xBCller";
-
 // The ID3v1 block of the file as mutagen parses it: "FRAME=text" lines.
 std::string MutagenID3v1(const std::filesystem::path& path) {
     return RunMutagen("import sys\n"
@@ -29,12 +27,6 @@ std::string MutagenID3v1(const std::filesystem::path& path) {
 
 std::size_t ID3v2TagSize(const std::vector<uint8_t>& bytes) {
     return kID3v2HeaderSize + ID3v2DecodeTagSize(bytes.data() + 6);
-}
-
-LAudioTagData Read(const std::filesystem::path& path) {
-    LAudioTagData tags;
-    tags.ReadTags(path.c_str(), tagModeAll);
-    return tags;
 }
 
 // Each test starts from a tagless MP3 file in a private home.

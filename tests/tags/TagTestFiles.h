@@ -18,6 +18,16 @@
 
 namespace tagtest {
 
+// A title with two-byte characters.
+inline constexpr const char* kCafe = "Caf\xC3\xA9 M\xC3\xBCller";
+
+// The tags of the file, read in `mode`.
+inline LAudioTagData Read(const std::filesystem::path& path, int mode = tagModeAll) {
+    LAudioTagData tags;
+    tags.ReadTags(path.c_str(), mode);
+    return tags;
+}
+
 inline void Append(std::vector<uint8_t>& bytes, const std::string& text) {
     bytes.insert(bytes.end(), text.begin(), text.end());
 }

@@ -14,8 +14,6 @@ using namespace tagtest;
 
 namespace {
 
-constexpr const char* kCafe = "Caf\xC3\xA9 M\xC3\xBCller";
-
 struct Chunk {
     std::string id;
     uint32_t size;
@@ -76,12 +74,6 @@ LAudioTagData SampleTags() {
     tags.SetTag("TRACKNUMBER", "3", true);
     tags.SetTag("GENRE", "Jazz", true);
     tags.SetTag("COMMENT", "Erste Seite", true);
-    return tags;
-}
-
-LAudioTagData Read(const std::filesystem::path& path, int mode) {
-    LAudioTagData tags;
-    tags.ReadTags(path.c_str(), mode);
     return tags;
 }
 

@@ -1,6 +1,8 @@
-// Wave files written here are read by tools nobody here wrote, and theirs are read here.
+// Wave and AIFF files written here are read by tools nobody here wrote, and their wave files
+// are read here.
 #include "WaveTestUtil.h"
 
+#include "codecs/AiffFile.h"
 #include "codecs/WaveFile.h"
 
 #include <gtest/gtest.h>
@@ -13,14 +15,15 @@ struct SinkCase {
     int rate;
     unsigned char channels;
     unsigned short bits;
+    bool aiff = false;
 };
 
-class WaveToolsTest : public ::testing::TestWithParam<SinkCase> {
+class PcmFileToolsTest : public ::testing::TestWithParam<SinkCase> {
 protected:
     TempHome home_;
 };
 
-TEST_P(WaveToolsTest, SoxAndFFprobeReadWhatTheSinkWrote) {
+TEST_P(PcmFileToolsTest, SoxAndFFprobeReadWhatTheSinkWrote) {
     const SinkCase c = GetParam();
     const int frames = c.rate / 3 + 1;
     // A sine per channel, already on the steps the file stores (16 or 4,096 units).
@@ -30,12 +33,15 @@ TEST_P(WaveToolsTest, SoxAndFFprobeReadWhatTheSinkWrote) {
         samples[i] =
             unit *
             int(std::lround(520000.0 / unit * std::sin(0.05 * double(i / c.channels) + i % 2)));
-    const std::filesystem::path path = home_.Path() / "out.wav";
+    const std::filesystem::path path = home_.Path() / (c.aiff ? "out.aiff" : "out.wav");
     {
-        LSoundSink sink = LWaveFile::OpenSinkPCM(path.c_str(), c.rate, c.channels, c.bits, 0);
+        LSoundSink sink = c.aiff
+                              ? LAifFile::OpenSinkPCM16(path.c_str(), c.rate, c.channels)
+                              : LWaveFile::OpenSinkPCM(path.c_str(), c.rate, c.channels, c.bits, 0);
         for (int done = 0; done < frames; done += 8192)
             sink->Write(samples.data() + done * c.channels, std::min(8192, frames - done));
     }
+    EXPECT_EQ(Soxi("-t", path), c.aiff ? "aiff" : "wav");
     EXPECT_EQ(Soxi("-r", path), std::to_string(c.rate));
     EXPECT_EQ(Soxi("-c", path), std::to_string(c.channels));
     EXPECT_EQ(Soxi("-b", path), std::to_string(c.bits));
@@ -44,16 +50,20 @@ TEST_P(WaveToolsTest, SoxAndFFprobeReadWhatTheSinkWrote) {
 
     const std::string probe = FFprobeStream(path);
     for (const std::string& line :
-         {std::string(c.bits == 8 ? "codec_name=pcm_u8" : "codec_name=pcm_s16le"),
+         {std::string(c.aiff        ? "codec_name=pcm_s16be"
+                      : c.bits == 8 ? "codec_name=pcm_u8"
+                                    : "codec_name=pcm_s16le"),
           "sample_rate=" + std::to_string(c.rate), "channels=" + std::to_string(c.channels),
           "duration_ts=" + std::to_string(frames)})
         EXPECT_NE(probe.find(line + "\n"), std::string::npos) << line << " in\n" << probe;
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, WaveToolsTest,
+INSTANTIATE_TEST_SUITE_P(Formats, PcmFileToolsTest,
                          ::testing::Values(SinkCase{44100, 2, 16}, SinkCase{11025, 1, 8},
                                            SinkCase{22050, 2, 8}, SinkCase{7999, 1, 16},
-                                           SinkCase{96000, 2, 16}, SinkCase{37800, 1, 16}));
+                                           SinkCase{96000, 2, 16}, SinkCase{37800, 1, 16},
+                                           SinkCase{22050, 2, 16, true},
+                                           SinkCase{44100, 1, 16, true}));
 
 class WaveFromToolsTest : public ::testing::Test {
 protected:
