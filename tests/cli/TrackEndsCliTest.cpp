@@ -119,6 +119,18 @@ std::vector<std::string> QueuedRecordings() {
     return sources;
 }
 
+// Whether a recorder logged audio it lost, in any log under `home`; the logs are removed.
+bool LoggedLostAudio(const fs::path& home) {
+    bool lost = false;
+    for (const auto& entry : fs::recursive_directory_iterator(home)) {
+        if (!entry.is_regular_file() || !entry.path().filename().string().ends_with("Log.txt"))
+            continue;
+        lost = lost || FileText(entry.path()).find("fell behind the sound input") != std::string::npos;
+        fs::remove(entry.path());
+    }
+    return lost;
+}
+
 void ExpectTracks(const std::vector<int16_t>& side, const std::vector<Span>& music,
                   const std::string& how) {
     const std::vector<std::string> recordings = QueuedRecordings();
@@ -170,14 +182,24 @@ TEST(TrackEndsCli, EveryTrackEndsAndStartsWithinAQuarterSecondOfItsMusic) {
             fs::remove(recording);
         fs::remove(home.DataHome() / "Brakwater Software/Vinora/vnprocesses.list");
 
-        // The same side as a live input, four times faster than real time.
-        RunCommand("VINORA_VIRTUAL_TURNTABLE=" + ShellQuote(path.string() + ",speed=4") + " " +
-                       VINORA_CLI + " record --device 'Virtual Turntable' >/dev/null 2>&1",
-                   &status);
-        ASSERT_EQ(status, 0) << how;
-        ExpectTracks(side, music, "record " + how);
-        for (const std::string& recording : QueuedRecordings())
-            fs::remove(recording);
+        // The same side as a live input, four times faster than real time. A live input does
+        // not wait: when the machine is too busy for the recorder to take a buffer in time,
+        // that audio is lost and logged, and the run says nothing about where tracks end.
+        for (int attempt = 1;; ++attempt) {
+            RunCommand("VINORA_VIRTUAL_TURNTABLE=" + ShellQuote(path.string() + ",speed=4") +
+                           " " + VINORA_CLI + " record --device 'Virtual Turntable' >/dev/null 2>&1",
+                       &status);
+            ASSERT_EQ(status, 0) << how;
+            const bool lost = LoggedLostAudio(home.Path());
+            if (!lost || attempt == 3) {
+                EXPECT_FALSE(lost) << how << ": audio was lost in three runs";
+                ExpectTracks(side, music, "record " + how);
+            }
+            for (const std::string& recording : QueuedRecordings())
+                fs::remove(recording);
+            fs::remove(home.DataHome() / "Brakwater Software/Vinora/vnprocesses.list");
+            if (!lost || attempt == 3) break;
+        }
     }
 }
 
