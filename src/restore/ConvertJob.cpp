@@ -70,19 +70,28 @@ void CopyText(char (&field)[260], const char* text) {
     std::snprintf(field, sizeof field, "%s", text);
 }
 
+void SetSaveError(LProcessInterface& progress, const LProcessConvert& job) {
+    progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
+}
+
+// Opens the sink that writes the output; an error sink, with the error set, when it cannot be
+// made.
+LSoundSink OpenOutput(LProcessInterface& progress, const LProcessConvert& job,
+                      const LSoundSource& source, const char* writePath) {
+    LSoundSink sink = OpenSinkByExtension(writePath, job.outputExtension, source, job.convert != 0);
+    if (sink->IsFailed()) {
+        SetSaveError(progress, job);
+        LOGERROR("File conversion FAILED: could not create sink file");
+    }
+    return sink;
+}
+
 // Writes the opened source into the sink and the tags into the written file.
 LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LSoundSource& source,
-                           const char* writePath) {
-    LSoundSink sink = OpenSinkByExtension(writePath, job.outputExtension, source, job.convert != 0);
+                           LSoundSink& sink, const char* writePath) {
     LAudioTagData tags;
     const bool haveTags = tags.ReadTags(job.sourcePath, tagModeAll);
     ConvertNotify().SetStatusText("Converting...");
-
-    if (sink->IsFailed()) {
-        progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
-        LOGERROR("File conversion FAILED: could not create sink file");
-        return PROCESS_FAILED;
-    }
 
     LProcessResult result;
     {
@@ -94,7 +103,7 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
     }
     // A sink that could not take everything (a full disk) did not write a whole file.
     if (result == PROCESS_DONE && sink->IsFailed()) {
-        progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
+        SetSaveError(progress, job);
         result = PROCESS_FAILED;
     }
     if (job.lengthText[0] == 0) {
@@ -102,9 +111,10 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
         LSoundTime::FromSamples(source->GetEndSample(), source->GetSampleRate())._GetText(text);
         CopyText(job.lengthText, text);
     }
-    // Releasing the last handles finishes the file before its tags go in.
-    sink.Close();
+    // Releasing the last handles finishes the file before its tags go in. The source goes
+    // first: its threads and kept pass are let go while the encoder finishes.
     source.Close();
+    sink.Close();
     // An encoder that could not write its file is only seen in what it left behind.
     if (result == PROCESS_DONE && !IsWrittenFile(writePath)) result = PROCESS_FAILED;
     if (result != PROCESS_DONE) {
@@ -220,6 +230,11 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job,
         return PROCESS_FAILED;
     }
 
+    // Restoration keeps the rate and the channels. The output is opened first, so that an
+    // encoder gets ready while normalisation measures.
+    LSoundSink sink = OpenOutput(progress, job, source, writePath);
+    if (sink->IsFailed()) return PROCESS_FAILED;
+
     if (job.restore && (choices ? choices->Any() : LRestoreChoices::IsWantedBySettings())) {
         LOG("Applying Audio Restoration");
         if (ProcessAudioRestore(progress, source,
@@ -227,7 +242,7 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job,
             LOGERROR("Audio Restoration FAILED: one or more Restoration Tools did not work");
     }
 
-    LProcessResult result = WriteOutput(progress, job, source, writePath);
+    LProcessResult result = WriteOutput(progress, job, source, sink, writePath);
     if (result == PROCESS_DONE && !FinishOutput(job, writePath)) result = PROCESS_FAILED;
     return result;
 }
