@@ -106,6 +106,8 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
         SetSaveError(progress, job);
         result = PROCESS_FAILED;
     }
+    if (source->GetError() != sndErrNone)
+        LOGERROR("File conversion FAILED: the audio of %s could not be read", job.sourcePath);
     if (job.lengthText[0] == 0) {
         char text[32];
         LSoundTime::FromSamples(source->GetEndSample(), source->GetSampleRate())._GetText(text);

@@ -9,11 +9,17 @@
 #include "restore/RIAA.h"
 #include "restore/RestoreChain.h"
 #include "support/BufferSource.h"
+#include "sound/SourceToSink.h"
 #include "support/RecordingProgress.h"
+#include "support/RecordingSink.h"
 #include "support/TempHome.h"
 #include "support/ToneSignals.h"
 
 #include <gtest/gtest.h>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -110,6 +116,45 @@ TEST(Normalize, KeepingTheMeasuredPassGivesWhatReadingAgainGives) {
     progress.stopAfter = progress.stopQueries + 3;
     EXPECT_EQ(ProcessNormalizeKeepingPass(progress, source, 80, 0), PROCESS_STOPPED);
     EXPECT_EQ(source.Get(), original.Get());
+}
+
+// Points the descriptor of every unnamed file of the temporary folder at an empty file, so that
+// reading what was kept there fails. Returns how many it found.
+int EmptyTheUnnamedTemporaryFiles() {
+    int found = 0;
+    DIR* folder = opendir("/proc/self/fd");
+    const int empty = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    for (dirent* entry; (entry = readdir(folder));) {
+        char target[512] = {};
+        const std::string link = std::string("/proc/self/fd/") + entry->d_name;
+        if (readlink(link.c_str(), target, sizeof target - 1) <= 0) continue;
+        const std::string path = target;
+        if (path.rfind("/var/tmp/", 0) == 0 && path.ends_with(" (deleted)")) {
+            dup2(empty, std::atoi(entry->d_name));
+            ++found;
+        }
+    }
+    close(empty);
+    closedir(folder);
+    return found;
+}
+
+// The kept pass read back from a temporary file that can no longer be read: the write fails
+// before it writes anything, instead of writing silence.
+TEST(Normalize, AKeptPassThatCannotBeReadBackFailsTheWrite) {
+    RecordingProgress progress;
+    LSoundSource source = MakeSineSource(44100, 2, 440, 100000, 100000);
+    ASSERT_EQ(ProcessNormalizeKeepingPass(progress, source, 80, 0), PROCESS_DONE);
+    ASSERT_EQ(EmptyTheUnnamedTemporaryFiles(), 1);
+    EXPECT_EQ(source->GetError(), sndErrNone); // nothing read yet
+
+    RecordedWrites writes;
+    LPRSourceToSink pump;
+    pump.source = source;
+    pump.sink = MakeRecordingSink(writes, 44100, 2);
+    EXPECT_EQ(Process(progress, pump), PROCESS_FAILED);
+    EXPECT_TRUE(writes.samples.empty());
+    EXPECT_EQ(source->GetError(), sndErrInput);
 }
 
 // A restoration signal: a low tone with a DC offset, hiss, and a click every 10,000 frames.
