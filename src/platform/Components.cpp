@@ -8,8 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
@@ -35,6 +37,58 @@ constexpr SystemCopy kSystemCopies[] = {{"mp3el", "lame"}};
 // How long a component may take to tell its version.
 constexpr int kVersionWaitMs = 5000;
 
+// A program that told its version, known by its file: one that is replaced, changed or made
+// another mode is a new file.
+struct RanFile {
+    std::string path;
+    dev_t device;
+    ino_t inode;
+    off_t size;
+    mode_t mode;
+    timespec modified;
+
+    bool Is(const char* other, const struct stat& info) const {
+        return path == other && device == info.st_dev && inode == info.st_ino &&
+               size == info.st_size && mode == info.st_mode &&
+               modified.tv_sec == info.st_mtim.tv_sec && modified.tv_nsec == info.st_mtim.tv_nsec;
+    }
+};
+
+// The programs found to run so far: each conversion looks for its encoder, and asking it for
+// its version every time would hold up every conversion.
+std::mutex gRanMutex;
+std::vector<RanFile> gRan;
+
+bool RanBefore(const char* path, const struct stat& info) {
+    const std::lock_guard lock(gRanMutex);
+    for (const RanFile& ran : gRan)
+        if (ran.Is(path, info)) return true;
+    return false;
+}
+
+// Tells whether "PATH --version" ends with status 0 within kVersionWaitMs.
+bool AnswersItsVersion(const char* path) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&actions, fd, "/dev/null", O_RDWR, 0);
+    char* argv[] = {const_cast<char*>(path), const_cast<char*>("--version"), nullptr};
+    pid_t pid = 0;
+    const int spawned = posix_spawn(&pid, path, &actions, nullptr, argv, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0) return false;
+    int status = 0;
+    for (int waited = 0; waitpid(pid, &status, WNOHANG) == 0; waited += 10) {
+        if (waited >= kVersionWaitMs) {
+            kill(pid, SIGKILL);
+            waitpid(pid, &status, 0);
+            return false;
+        }
+        usleep(10'000);
+    }
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
 } // namespace
 
 std::string LFindProgramOnPath(const char* program) {
@@ -55,25 +109,13 @@ std::string LFindProgramOnPath(const char* program) {
 }
 
 bool LComponentRuns(const char* path) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        posix_spawn_file_actions_addopen(&actions, fd, "/dev/null", O_RDWR, 0);
-    char* argv[] = {const_cast<char*>(path), const_cast<char*>("--version"), nullptr};
-    pid_t pid = 0;
-    const int spawned = posix_spawn(&pid, path, &actions, nullptr, argv, environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (spawned != 0) return false;
-    int status = 0;
-    for (int waited = 0; waitpid(pid, &status, WNOHANG) == 0; waited += 10) {
-        if (waited >= kVersionWaitMs) {
-            kill(pid, SIGKILL);
-            waitpid(pid, &status, 0);
-            return false;
-        }
-        usleep(10'000);
-    }
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    struct stat info;
+    if (stat(path, &info) != 0) return false;
+    if (RanBefore(path, info)) return true;
+    if (!AnswersItsVersion(path)) return false;
+    const std::lock_guard lock(gRanMutex);
+    gRan.push_back({path, info.st_dev, info.st_ino, info.st_size, info.st_mode, info.st_mtim});
+    return true;
 }
 
 namespace {

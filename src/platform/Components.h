@@ -20,6 +20,8 @@ bool GetComponentFolder(char* out);
 bool GetComponentPath(const char* name, char* out, bool allowSystemCopy);
 
 // Whether the program at `path` runs: "PATH --version" ends with status 0 within 5 seconds.
+// A program found to run is not asked again while its file stays the same (same file, size,
+// mode and modification time).
 bool LComponentRuns(const char* path);
 // The first executable file called `program` in the folders of PATH, or empty.
 std::string LFindProgramOnPath(const char* program);

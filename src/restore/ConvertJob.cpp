@@ -23,6 +23,8 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <system_error>
+#include <thread>
 
 namespace {
 
@@ -40,13 +42,57 @@ bool SameText(const char* a, const char* b) {
     return strcasecmp(a, b) == 0;
 }
 
-LSoundSink OpenSinkByExtension(const char* path, const char* extension, const LSoundSource& source,
-                               bool useSavedFormat) {
+LSoundSink OpenSinkByExtension(const char* path, const char* extension, int rate,
+                               unsigned char channels, bool useSavedFormat) {
     // The request names the output's type by its extension alone.
     const LAudioFileType* type = LFindAudioFileType((std::string("output") + extension).c_str());
     if (!type) return LSoundSink();
-    return type->openSink(path, source->GetSampleRate(), source->GetChannels(), useSavedFormat);
+    return type->openSink(path, rate, channels, useSavedFormat);
 }
+
+// Opens the output's sink on a thread of its own while the job goes on (finding and starting
+// an encoder then overlaps restoration's measuring pass); Take waits for it. Without a thread
+// to be had, Take opens the sink itself.
+class OutputOpening {
+public:
+    OutputOpening(const LProcessConvert& job, const LSoundSource& source, const char* writePath)
+        : writePath_(writePath), extension_(job.outputExtension),
+          rate_(source->GetSampleRate()), channels_(source->GetChannels()),
+          useSavedFormat_(job.convert != 0) {
+        try {
+            opener_ = std::thread([this] { sink_ = Open(); });
+        } catch (const std::system_error&) {
+        }
+    }
+    ~OutputOpening() {
+        if (opener_.joinable()) opener_.join();
+    }
+    OutputOpening(const OutputOpening&) = delete;
+    OutputOpening& operator=(const OutputOpening&) = delete;
+
+    // The sink; called once.
+    LSoundSink Take() {
+        if (opener_.joinable())
+            opener_.join();
+        else
+            sink_ = Open();
+        return sink_;
+    }
+
+private:
+    LSoundSink Open() const {
+        return OpenSinkByExtension(writePath_.c_str(), extension_.c_str(), rate_, channels_,
+                                   useSavedFormat_);
+    }
+
+    std::string writePath_;
+    std::string extension_;
+    int rate_;
+    unsigned char channels_;
+    bool useSavedFormat_;
+    LSoundSink sink_; // written by the thread until it is joined
+    std::thread opener_;
+};
 
 // Copies `file` into `folder` (created when missing) under its own name, or "name - n" with
 // the first n from 0 that is free.
@@ -70,19 +116,16 @@ void CopyText(char (&field)[260], const char* text) {
     std::snprintf(field, sizeof field, "%s", text);
 }
 
+void SetSaveError(LProcessInterface& progress, const LProcessConvert& job) {
+    progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
+}
+
 // Writes the opened source into the sink and the tags into the written file.
 LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LSoundSource& source,
-                           const char* writePath) {
-    LSoundSink sink = OpenSinkByExtension(writePath, job.outputExtension, source, job.convert != 0);
+                           LSoundSink& sink, const char* writePath) {
     LAudioTagData tags;
     const bool haveTags = tags.ReadTags(job.sourcePath, tagModeAll);
     ConvertNotify().SetStatusText("Converting...");
-
-    if (sink->IsFailed()) {
-        progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
-        LOGERROR("File conversion FAILED: could not create sink file");
-        return PROCESS_FAILED;
-    }
 
     LProcessResult result;
     {
@@ -94,17 +137,20 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
     }
     // A sink that could not take everything (a full disk) did not write a whole file.
     if (result == PROCESS_DONE && sink->IsFailed()) {
-        progress.SetError(("Save File Error: \"" + std::string(job.destinationPath) + "\"").c_str());
+        SetSaveError(progress, job);
         result = PROCESS_FAILED;
     }
+    if (source->GetError() != sndErrNone)
+        LOGERROR("File conversion FAILED: the audio of %s could not be read", job.sourcePath);
     if (job.lengthText[0] == 0) {
         char text[32];
         LSoundTime::FromSamples(source->GetEndSample(), source->GetSampleRate())._GetText(text);
         CopyText(job.lengthText, text);
     }
-    // Releasing the last handles finishes the file before its tags go in.
-    sink.Close();
+    // Releasing the last handles finishes the file before its tags go in. The source goes
+    // first: its threads and kept pass are let go while the encoder finishes.
     source.Close();
+    sink.Close();
     // An encoder that could not write its file is only seen in what it left behind.
     if (result == PROCESS_DONE && !IsWrittenFile(writePath)) result = PROCESS_FAILED;
     if (result != PROCESS_DONE) {
@@ -220,14 +266,26 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job,
         return PROCESS_FAILED;
     }
 
-    if (job.restore && (choices ? choices->Any() : LRestoreChoices::IsWantedBySettings())) {
-        LOG("Applying Audio Restoration");
-        if (ProcessAudioRestore(progress, source,
-                                choices ? *choices : LRestoreChoices::FromSettings()) != PROCESS_DONE)
-            LOGERROR("Audio Restoration FAILED: one or more Restoration Tools did not work");
+    // Restoration keeps the rate and the channels, so the output is opened while it runs.
+    LSoundSink sink;
+    {
+        OutputOpening opening(job, source, writePath);
+        if (job.restore && (choices ? choices->Any() : LRestoreChoices::IsWantedBySettings())) {
+            LOG("Applying Audio Restoration");
+            if (ProcessAudioRestore(progress, source, choices ? *choices
+                                                              : LRestoreChoices::FromSettings()) !=
+                PROCESS_DONE)
+                LOGERROR("Audio Restoration FAILED: one or more Restoration Tools did not work");
+        }
+        sink = opening.Take();
+    }
+    if (sink->IsFailed()) {
+        SetSaveError(progress, job);
+        LOGERROR("File conversion FAILED: could not create sink file");
+        return PROCESS_FAILED;
     }
 
-    LProcessResult result = WriteOutput(progress, job, source, writePath);
+    LProcessResult result = WriteOutput(progress, job, source, sink, writePath);
     if (result == PROCESS_DONE && !FinishOutput(job, writePath)) result = PROCESS_FAILED;
     return result;
 }

@@ -93,8 +93,15 @@ void LSRCKeptPass::ReadKept(int* buffer, int from, int frames) {
     const off_t at = static_cast<off_t>(from + inMemory - memoryFrames_) * channels_ * sizeof(int);
     int* out = buffer + static_cast<size_t>(inMemory) * channels_;
     const size_t bytes = static_cast<size_t>(fromFile) * channels_ * sizeof(int);
-    // The file was complete when keeping succeeded; a read that fails gives silence.
-    if (!ReadAllAt(fd_, out, bytes, at)) std::memset(out, 0, bytes);
+    if (!ReadAllAt(fd_, out, bytes, at)) {
+        std::memset(out, 0, bytes);
+        readFailed_ = true;
+    }
+}
+
+uint8_t LSRCKeptPass::GetError() const {
+    if (readFailed_) return sndErrRead;
+    return LSoundProcessBase::GetError();
 }
 
 void LSRCKeptPass::Read(int* buffer, int frames) {

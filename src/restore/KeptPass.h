@@ -2,6 +2,7 @@
 
 #include "sound/SoundSource.h"
 
+#include <atomic>
 #include <vector>
 
 // A source read once and kept, so that a second pass over it costs a copy instead of running
@@ -11,7 +12,9 @@
 // The stage reads its source itself while keeping: Keep reads the next frames and keeps them.
 // Once keeping is finished the stage replays: frames that were kept come from memory or the
 // file, later ones from the source, which is then just past the kept frames and goes on as if
-// it had never been interrupted (a filter's tail past the end is the same).
+// it had never been interrupted (a filter's tail past the end is the same). Kept frames that
+// cannot be read back from the file read as silence, and the stage has the error sndErrRead
+// from then on.
 class LSRCKeptPass : public LSoundProcessBase {
 public:
     // The source is at its start.
@@ -28,6 +31,7 @@ public:
     int GetPositionSample() const override { return position_; }
     int GetEndSample() const override { return end_; }
     void Seek(int frame) override { position_ = frame; }
+    uint8_t GetError() const override;
 
 private:
     // Copies kept frames [from, from + frames) into `buffer`.
@@ -40,4 +44,6 @@ private:
     int position_ = 0;
     int end_ = 0;
     int sourcePosition_ = 0; // where the source is, counted from the first kept frame
+    // A read of the file failed; atomic, because a reader above may ask from another thread.
+    std::atomic<bool> readFailed_ = false;
 };

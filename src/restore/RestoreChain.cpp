@@ -32,7 +32,10 @@ LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& so
     // The stages do their work when the output is written, and once before that when
     // normalisation measures the peak. The last stage runs on the reader's thread while
     // everything below it is read ahead on a thread of its own, so the chain uses two
-    // processors.
+    // processors. The last stage (the equaliser, when chosen) costs about as much as all the
+    // others together, so while normalisation measures and keeps the pass, the chain is read
+    // ahead once more above it: three threads then share the processors, none waiting for the
+    // others' work, and the output is the same as from one thread.
     const int stages = choices.highPass + (choices.recordSpeed == 1 || choices.recordSpeed == 2) +
                        choices.clickPop + choices.noiseReduce + choices.equalization;
     int built = 0;
@@ -58,6 +61,7 @@ LProcessResult ProcessAudioRestore(LProcessInterface& progress, LSoundSource& so
         stage("Equalize...", [&] { return ProcessRIAAEqCalculate(progress, source); });
     if (choices.normalization)
         step("Normalize...", [&] {
+            source = LSPReadAhead().OpenSource(source);
             return ProcessNormalizeKeepingPass(progress, source, kNormalizePercent);
         });
     return result;

@@ -89,3 +89,10 @@ LSoundProcessBase::LSoundProcessBase(LSoundSource& inner)
     if (inner_->GetError() != sndErrNone)
         error_ = sndErrInput;
 }
+
+uint8_t LSoundProcessBase::GetError() const
+{
+    if (error_ != sndErrNone)
+        return error_;
+    return inner_->GetError() != sndErrNone ? sndErrInput : sndErrNone;
+}

@@ -12,6 +12,7 @@ enum LSoundErrorCode : uint8_t {
     sndErrFormat = 3,      // bad or damaged format
     sndErrOpen = 4,        // the file could not be opened
     sndErrUnsupported = 5, // the file's encoding is not supported
+    sndErrRead = 6,        // a read failed: what it gave is not the audio
 };
 
 // A pulled stream of interleaved internal samples. Read always delivers exactly the frames
@@ -34,7 +35,8 @@ public:
     int GetSampleRate() const { return sampleRate_; }
     unsigned char GetChannels() const { return channels_; }
     int GetMaxAmplitude() const { return maxAmplitude_; }
-    uint8_t GetError() const { return error_; }
+    // A source may fail while it is read; a reader asks again after reading.
+    virtual uint8_t GetError() const { return error_; }
 
 protected:
     int sampleRate_;
@@ -81,10 +83,13 @@ private:
 };
 
 // Base of every processing stage: a source that reads an inner source. Rate, channels and
-// maximum amplitude start as the inner source's; an inner error becomes sndErrInput.
+// maximum amplitude start as the inner source's; an inner error, also one that arises while
+// reading, becomes sndErrInput.
 class LSoundProcessBase : public LSoundSourceBase {
 public:
     explicit LSoundProcessBase(LSoundSource& inner);
+
+    uint8_t GetError() const override;
 
     int GetPositionSample() const override { return inner_->GetPositionSample(); }
     int GetEndSample() const override { return inner_->GetEndSample(); }

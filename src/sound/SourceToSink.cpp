@@ -51,6 +51,9 @@ LProcessResult Process(LProcessInterface& progress, LPRSourceToSink& job)
             source->Read(buffer.data() + blocks * blockValues, frames);
             toRead -= frames;
         }
+        // A source that failed while it was read gave something other than its audio.
+        if (source->GetError() != sndErrNone)
+            return PROCESS_FAILED;
         for (int b = 0; b < blocks; ++b) {
             const int frames = std::min(remaining, kBlockFrames);
             sink->Write(buffer.data() + b * blockValues, frames);

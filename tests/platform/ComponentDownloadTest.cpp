@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -73,6 +74,30 @@ TEST_F(ComponentDownloadTest, PlainComponentIsDownloadedWhenNoSystemCopyStandsIn
     EXPECT_TRUE(IsExecutableByAll(path));
     ASSERT_TRUE(GetComponentPath("mp3el", path, true));
     EXPECT_EQ(fs::path(path), folder_ / "mp3el") << "the installed copy wins over the system's";
+}
+
+// A component that answers its version is asked once; one put in its place is asked again, and
+// one that fails is asked each time.
+TEST_F(ComponentDownloadTest, AComponentIsAskedAgainOnlyWhenItsFileChangesOrItFailed) {
+    const fs::path runs = home_.Path() / "runs";
+    auto install = [&](int status) {
+        const fs::path next = home_.Path() / "next";
+        std::ofstream(next) << "#!/bin/sh\necho run >> " << ShellQuote(runs.string()) << "\nexit "
+                            << status << "\n";
+        fs::permissions(next, fs::perms(0755));
+        fs::rename(next, folder_ / "mp3el");
+    };
+    auto timesAsked = [&] {
+        const std::string text = fs::exists(runs) ? ReadFile(runs) : "";
+        return std::count(text.begin(), text.end(), '\n');
+    };
+    char path[kPathBufferSize];
+    install(0);
+    for (int i = 0; i < 2; ++i) ASSERT_TRUE(GetComponentPath("mp3el", path, false));
+    EXPECT_EQ(timesAsked(), 1);
+    install(1);
+    for (int i = 0; i < 2; ++i) EXPECT_FALSE(GetComponentPath("mp3el", path, false));
+    EXPECT_EQ(timesAsked(), 3);
 }
 
 TEST_F(ComponentDownloadTest, ZipComponentComesFromTheWebHostWhenTheComponentHostFails) {

@@ -216,14 +216,20 @@ TEST_F(ConvertJobTest, FailuresKeepTheSourceAndLeaveNoOutput) {
     encoder.deleteSource = 1;
     EXPECT_EQ(Process(progress_, encoder), PROCESS_FAILED);
 
-    // Stopped with audio still on its way to the file (the encoder's input runs ahead).
+    // Stopped with audio still on its way to the file (the encoder's input runs ahead), and
+    // stopped while normalisation measures, with the output open and the encoder waiting.
+    LRestoreChoices normalize;
+    normalize.normalization = true;
     for (const char* ext : {".wav", ".mp3"}) {
-        LProcessConvert stopped = Job(source, Out() / "stop", ext);
-        stopped.deleteSource = 1;
-        progress_.stopQueries = 0;
-        progress_.stopAfter = 1; // after the first batch of blocks
-        EXPECT_EQ(Process(progress_, stopped), PROCESS_STOPPED) << ext;
-        progress_.stopAfter = -1;
+        for (const bool restore : {false, true}) {
+            LProcessConvert stopped = Job(source, Out() / "stop", ext);
+            stopped.deleteSource = 1;
+            stopped.restore = restore;
+            progress_.stopQueries = 0;
+            progress_.stopAfter = 1; // after the first batch of blocks
+            EXPECT_EQ(Process(progress_, stopped, normalize), PROCESS_STOPPED) << ext;
+            progress_.stopAfter = -1;
+        }
     }
 
     // An output folder that cannot be made.

@@ -1,19 +1,28 @@
 #include "restore/Normalize.h"
 
 #include "platform/Settings.h"
+#include "restore/ClickPop.h"
 #include "restore/ConvertNotify.h"
+#include "restore/DCOffset.h"
 #include "restore/HighPassFilter.h"
 #include "restore/NoiseGates.h"
 #include "restore/RIAA.h"
 #include "restore/RestoreChain.h"
 #include "support/BufferSource.h"
+#include "sound/SourceToSink.h"
 #include "support/RecordingProgress.h"
+#include "support/RecordingSink.h"
 #include "support/TempHome.h"
 #include "support/ToneSignals.h"
 
 #include <gtest/gtest.h>
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <string>
 
@@ -107,6 +116,90 @@ TEST(Normalize, KeepingTheMeasuredPassGivesWhatReadingAgainGives) {
     progress.stopAfter = progress.stopQueries + 3;
     EXPECT_EQ(ProcessNormalizeKeepingPass(progress, source, 80, 0), PROCESS_STOPPED);
     EXPECT_EQ(source.Get(), original.Get());
+}
+
+// Points the descriptor of every unnamed file of the temporary folder at an empty file, so that
+// reading what was kept there fails. Returns how many it found.
+int EmptyTheUnnamedTemporaryFiles() {
+    int found = 0;
+    DIR* folder = opendir("/proc/self/fd");
+    const int empty = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    for (dirent* entry; (entry = readdir(folder));) {
+        char target[512] = {};
+        const std::string link = std::string("/proc/self/fd/") + entry->d_name;
+        if (readlink(link.c_str(), target, sizeof target - 1) <= 0) continue;
+        const std::string path = target;
+        if (path.rfind("/var/tmp/", 0) == 0 && path.ends_with(" (deleted)")) {
+            dup2(empty, std::atoi(entry->d_name));
+            ++found;
+        }
+    }
+    close(empty);
+    closedir(folder);
+    return found;
+}
+
+// The kept pass read back from a temporary file that can no longer be read: the write fails
+// before it writes anything, instead of writing silence.
+TEST(Normalize, AKeptPassThatCannotBeReadBackFailsTheWrite) {
+    RecordingProgress progress;
+    LSoundSource source = MakeSineSource(44100, 2, 440, 100000, 100000);
+    ASSERT_EQ(ProcessNormalizeKeepingPass(progress, source, 80, 0), PROCESS_DONE);
+    ASSERT_EQ(EmptyTheUnnamedTemporaryFiles(), 1);
+    EXPECT_EQ(source->GetError(), sndErrNone); // nothing read yet
+
+    RecordedWrites writes;
+    LPRSourceToSink pump;
+    pump.source = source;
+    pump.sink = MakeRecordingSink(writes, 44100, 2);
+    EXPECT_EQ(Process(progress, pump), PROCESS_FAILED);
+    EXPECT_TRUE(writes.samples.empty());
+    EXPECT_EQ(source->GetError(), sndErrInput);
+}
+
+// A restoration signal: a low tone with a DC offset, hiss, and a click every 10,000 frames.
+std::vector<int> Record(int frames) {
+    std::vector<int> samples(static_cast<size_t>(frames) * 2);
+    unsigned noise = 12345;
+    for (int f = 0; f < frames; ++f) {
+        for (int c = 0; c < 2; ++c) {
+            noise = noise * 1103515245u + 12345u;
+            const int hiss = static_cast<int>(noise >> 20) - 2048;
+            const int tone = static_cast<int>(150000 * std::sin(f * 0.0123 * (c + 1)));
+            const int click = f % 10000 == 5000 ? 300000 : 0;
+            samples[static_cast<size_t>(f) * 2 + c] = 3000 + tone + hiss + click;
+        }
+    }
+    return samples;
+}
+
+// The chain spreads its stages over threads while normalisation measures and keeps the pass:
+// what it gives is exactly what the same stages give read one after the other on one thread,
+// past the end too.
+TEST(RestoreChain, AllStepsOverThreadsGiveWhatOneThreadGives) {
+    constexpr int kFrames = 300000; // several times what a read-ahead holds
+    const std::vector<int> record = Record(kFrames);
+    RecordingProgress progress;
+
+    LSoundSource one = MakeBufferSource(record, 44100, 2);
+    ASSERT_EQ(ProcessDCOffset(progress, one), PROCESS_DONE);
+    ASSERT_EQ(ProcessLowCutFilter(progress, one, 150), PROCESS_DONE);
+    ASSERT_EQ(ProcessClickPop(progress, one), PROCESS_DONE);
+    ASSERT_EQ(ProcessNoiseReduction(progress, one, -36), PROCESS_DONE);
+    ASSERT_EQ(ProcessRIAAEqCalculate(progress, one), PROCESS_DONE);
+    ASSERT_EQ(ProcessNormalize(progress, one, 80), PROCESS_DONE);
+
+    LRestoreChoices all;
+    all.dcOffset = all.highPass = all.clickPop = all.noiseReduce = all.equalization =
+        all.normalization = true;
+    LSoundSource threaded = MakeBufferSource(record, 44100, 2);
+    ASSERT_EQ(ProcessAudioRestore(progress, threaded, all), PROCESS_DONE);
+
+    const int past = kFrames + 20000;
+    const std::vector<int> expected = ReadAll(one, past);
+    ASSERT_EQ(ReadAll(threaded, past), expected);
+    // The tone went through: the comparison is not one of silences.
+    EXPECT_GT(*std::max_element(expected.begin(), expected.end()), 100000);
 }
 
 // Keeps the status texts the chain shows.
