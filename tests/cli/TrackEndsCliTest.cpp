@@ -119,18 +119,6 @@ std::vector<std::string> QueuedRecordings() {
     return sources;
 }
 
-// Whether a recorder logged audio it lost, in any log under `home`; the logs are removed.
-bool LoggedLostAudio(const fs::path& home) {
-    bool lost = false;
-    for (const auto& entry : fs::recursive_directory_iterator(home)) {
-        if (!entry.is_regular_file() || !entry.path().filename().string().ends_with("Log.txt"))
-            continue;
-        lost = lost || FileText(entry.path()).find("fell behind the sound input") != std::string::npos;
-        fs::remove(entry.path());
-    }
-    return lost;
-}
-
 void ExpectTracks(const std::vector<int16_t>& side, const std::vector<Span>& music,
                   const std::string& how) {
     const std::vector<std::string> recordings = QueuedRecordings();
@@ -190,7 +178,7 @@ TEST(TrackEndsCli, EveryTrackEndsAndStartsWithinAQuarterSecondOfItsMusic) {
                            " " + VINORA_CLI + " record --device 'Virtual Turntable' >/dev/null 2>&1",
                        &status);
             ASSERT_EQ(status, 0) << how;
-            const bool lost = LoggedLostAudio(home.Path());
+            const bool lost = home.TakeLostAudioLogged();
             if (!lost || attempt == 3) {
                 EXPECT_FALSE(lost) << how << ": audio was lost in three runs";
                 ExpectTracks(side, music, "record " + how);

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <cstdio>
@@ -32,34 +33,62 @@ double Seconds(const std::string& text) {
     return h * 3600 + m * 60 + s;
 }
 
-// Checks the printed tracks against the demo side's own: each boundary within `tolerance`
-// seconds of the generated gap, none shorter than the minimum. Returns the queued paths and the
-// total length.
+struct PrintedTrack {
+    std::string line;
+    double start = 0, end = 0, length = 0;
+    std::string path;
+};
+
+// Checks the printed tracks against the demo side's own: each boundary within half a second of
+// the generated gap, none shorter than the minimum. Returns the queued paths and the total
+// length. A live input's times count from when recording began, which is not when the player
+// began: with `live`, the times are taken relative to the second track's start (the first
+// boundary inside the open input), the player may have started up to two seconds after the
+// recorder, and the first track may start later than its music by the fade-in that stays
+// under the start threshold before anything is recorded.
 std::vector<std::string> ExpectDemoTracks(const std::string& printed, double* total,
-                                          double tolerance = 0.5) {
+                                          bool live = false) {
+    constexpr double tolerance = 0.5;
     std::istringstream lines(printed);
-    std::vector<std::string> paths;
-    const LDemoSide demo;
-    size_t index = 0;
-    *total = 0;
+    std::vector<PrintedTrack> tracks;
     for (std::string text; std::getline(lines, text);) {
         // "track 1: Untitled 01  0:00:01.45 - 0:00:33.45  (0:00:32.00)  queued as PATH"
         if (text.rfind("track ", 0) != 0) continue;
         const std::size_t times = text.find("  ") + 2, queued = text.find("  queued as ");
         char start[32], end[32], length[32];
-        if (std::sscanf(text.c_str() + times, "%31s - %31s  (%31[^)])", start, end, length) != 3 ||
-            index >= demo.GetTracks().size()) {
+        if (std::sscanf(text.c_str() + times, "%31s - %31s  (%31[^)])", start, end, length) != 3) {
             ADD_FAILURE() << text << "\n" << printed;
             break;
         }
-        const LDemoSide::Track& track = demo.GetTracks()[index++];
-        EXPECT_NEAR(Seconds(start), track.start / 44100.0, tolerance) << text;
-        EXPECT_NEAR(Seconds(end), (track.start + track.frames) / 44100.0, tolerance) << text;
-        EXPECT_GE(Seconds(length), 2.0) << text;
-        *total += Seconds(length);
-        paths.push_back(text.substr(queued + 12));
+        tracks.push_back(
+            {text, Seconds(start), Seconds(end), Seconds(length), text.substr(queued + 12)});
     }
-    EXPECT_EQ(index, demo.GetTracks().size()) << printed;
+    const LDemoSide demo;
+    EXPECT_EQ(tracks.size(), demo.GetTracks().size()) << printed;
+    const size_t count = std::min(tracks.size(), demo.GetTracks().size());
+    double shift = 0;
+    if (live && count >= 2) {
+        shift = tracks[1].start - demo.GetTracks()[1].start / 44100.0;
+        EXPECT_GE(shift, -tolerance) << printed;
+        EXPECT_LE(shift, 2.0) << printed;
+    }
+    std::vector<std::string> paths;
+    *total = 0;
+    for (size_t i = 0; i < count; ++i) {
+        const LDemoSide::Track& track = demo.GetTracks()[i];
+        const PrintedTrack& got = tracks[i];
+        const double start = got.start - shift, music = track.start / 44100.0;
+        if (live && i == 0) {
+            EXPECT_GE(start, music - tolerance) << got.line;
+            EXPECT_LE(start, music + 2 * tolerance) << got.line;
+        } else {
+            EXPECT_NEAR(start, music, tolerance) << got.line;
+        }
+        EXPECT_NEAR(got.end - shift, (track.start + track.frames) / 44100.0, tolerance) << got.line;
+        EXPECT_GE(got.length, 2.0) << got.line;
+        *total += got.length;
+        paths.push_back(got.path);
+    }
     return paths;
 }
 
@@ -121,11 +150,22 @@ TEST(RecordingE2E, RecordsTheDemoSideFromASoundServer) {
         "paplay --device=turntable " + ShellQuote(side) + " & player=$!; " + VINORA_CLI +
         " record --device turntable.monitor --seconds 190 2>/dev/null; "
         "status=$?; kill $player 2>/dev/null; wait $player; exit $status";
-    const std::string printed = RunCommand(script, &status);
-    ASSERT_EQ(status, 0) << printed;
-    // A live input's times are the clock's; the input stays open from track to track.
+    // A recorder that fell behind on a busy machine lost audio, logged it, and its times say
+    // nothing: such a run is made again once.
+    std::string printed;
+    for (int attempt = 1; attempt <= 2; ++attempt) {
+        printed = RunCommand(script, &status);
+        ASSERT_EQ(status, 0) << printed;
+        if (!home.TakeLostAudioLogged()) break;
+        ASSERT_LT(attempt, 2) << "audio was lost in both runs";
+        for (const auto& entry : fs::directory_iterator(home.DataHome() / "Brakwater Software/Vinora"))
+            if (entry.path().extension() == ".wav" || entry.path().filename() == "vnprocesses.list")
+                fs::remove(entry.path());
+    }
+    // A live input's times are the clock's; the input stays open from track to track. The
+    // player may take a while to start on a busy machine.
     double total = 0;
-    ExpectConvertedTracks(ExpectDemoTracks(printed, &total, 0.5));
+    ExpectConvertedTracks(ExpectDemoTracks(printed, &total, true));
 }
 
 TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <sys/wait.h>
 
@@ -80,4 +82,17 @@ std::string ShellQuote(const std::string& text)
             quoted += c;
     }
     return quoted + "'";
+}
+
+bool TempHome::TakeLostAudioLogged() const {
+    bool lost = false;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
+        if (!entry.is_regular_file() || !entry.path().filename().string().ends_with("Log.txt"))
+            continue;
+        std::ifstream in(entry.path(), std::ios::binary);
+        const std::string text{std::istreambuf_iterator<char>(in), {}};
+        lost = lost || text.find("fell behind the sound input") != std::string::npos;
+        std::filesystem::remove(entry.path());
+    }
+    return lost;
 }

@@ -16,6 +16,9 @@ public:
     const std::filesystem::path& Path() const { return root_; }
     std::filesystem::path ConfigHome() const { return root_ / ".config"; }
     std::filesystem::path DataHome() const { return root_ / ".local/share"; }
+    // Whether a recorder here logged audio it lost because it fell behind a live input (a
+    // busy machine); the logs are removed, so the next run starts without them.
+    bool TakeLostAudioLogged() const;
 
 private:
     std::filesystem::path root_;
