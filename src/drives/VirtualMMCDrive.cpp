@@ -37,6 +37,7 @@ LVirtualMMCDrive::LVirtualMMCDrive(std::shared_ptr<LVirtualDisc> disc) : disc_(s
 }
 
 LVirtualMMCDrive::~LVirtualMMCDrive() {
+    FlushBuffer();
     if (unsaved_) disc_->SetState(disc_->GetState(), true);
     if (fd_ >= 0) close(fd_);
 }
@@ -96,7 +97,10 @@ bool LVirtualMMCDrive::Execute(const LSCSICommand& command, LSCSITaskResult& res
     bool needsMedium = false;
     const Handler handler = HandlerOf(call.cdb[0], needsMedium);
     Sense sense = kInvalidOpcode;
-    if (handler) {
+    const bool writing = call.cdb[0] == MMC_WRITE_10 || call.cdb[0] == MMC_WRITE_12;
+    if (!writing && !FlushBuffer()) {
+        sense = {3, 0x0C, 0x00};
+    } else if (handler) {
         const bool present = !call.state.trayOpen && call.state.media != LDiscMediaKind::None;
         if (needsMedium && !present)
             sense = {2, 0x3A, static_cast<uint8_t>(call.state.trayOpen ? 0x02 : 0x00)};

@@ -20,7 +20,10 @@
 // - blanking (CD-RW, DVD-RW) and formatting (DVD+RW, BD-RE) run "in the background": TEST UNIT
 //   READY reports not ready (2/04/07, or 2/04/04 while formatting) with the progress in the
 //   sense-key-specific bytes for a few polls, then the disc is blank and PATH emptied;
-// - written 2048-byte blocks go into PATH at block × 2048, and READ(10) reads them back.
+// - written 2048-byte blocks go into PATH at block × 2048, and READ(10) reads them back; like a
+//   drive's buffer, a run of consecutive writes is held in memory (up to 2 MiB) and put into
+//   PATH when it is full or when any other command comes, whose answer reports a failure to
+//   put it there as 3/0C/00.
 //
 // The options of the setting inject faults: a WRITE covering `write-error` fails with 3/0C/00,
 // a READ covering `verify-error` returns other bytes, `not-ready=N` makes the first N TEST UNIT
@@ -117,6 +120,8 @@ private:
     Sense SetStreaming(Call& call);
     // The disc's data file, opened for writing when `write`; -1 when it cannot be.
     int DataFile(bool write);
+    // Puts the buffered blocks into the data file; false when that fails.
+    bool FlushBuffer();
 
     std::shared_ptr<LVirtualDisc> disc_;
     Operation operation_;
@@ -126,4 +131,7 @@ private:
     bool fdWritable_ = false;
     std::vector<uint8_t> writePage_;   // mode page 5 from its page code on
     std::vector<uint8_t> cachingPage_; // mode page 8
+    std::vector<uint8_t> buffer_;      // blocks written and not yet in the data file
+    uint32_t bufferFirst_ = 0;
+    uint32_t bufferBlocks_ = 0;
 };

@@ -29,6 +29,7 @@ constexpr LSenseBytes kCannotWriteFormat{5, 0x30, 0x05};
 constexpr LSenseBytes kIllegalMode{5, 0x64, 0x00};
 constexpr LSenseBytes kNoMoreReservations{5, 0x72, 0x05};
 constexpr uint32_t kBlockLength = 2048;
+constexpr uint32_t kBufferBlocks = 1024;
 constexpr uint8_t kFormatting = 0x04;
 constexpr uint8_t kInProgress = 0x07;
 // Answers for which a blank or format, and a closing of a slow drive, report "in progress". The
@@ -107,9 +108,20 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::Write(Call& call) {
     const int64_t failAt = disc_->WriteErrorBlock();
     if (failAt >= int64_t{first} && failAt < int64_t(end)) return kWriteError;
     if (options.slowMs) std::this_thread::sleep_for(std::chrono::milliseconds(options.slowMs));
-    const int fd = DataFile(true);
-    if (fd < 0 || pwrite(fd, data, bytes, off_t(first) * kBlockLength) != ssize_t(bytes))
+    if (DataFile(true) < 0) return kWriteError;
+    const bool followsOn = first == bufferFirst_ + bufferBlocks_;
+    if (bufferBlocks_ && (!followsOn || bufferBlocks_ + count > kBufferBlocks) && !FlushBuffer())
         return kWriteError;
+    if (count > kBufferBlocks) {
+        if (pwrite(fd_, data, bytes, off_t(first) * kBlockLength) != ssize_t(bytes))
+            return kWriteError;
+    } else {
+        if (buffer_.empty()) buffer_.resize(size_t{kBufferBlocks} * kBlockLength);
+        if (bufferBlocks_ == 0) bufferFirst_ = first;
+        std::memcpy(buffer_.data() + size_t{bufferBlocks_} * kBlockLength, data, bytes);
+        bufferBlocks_ += count;
+        if (bufferBlocks_ == kBufferBlocks && !FlushBuffer()) return kWriteError;
+    }
 
     // The first write opens a track and makes the disc incomplete (a rewritable starts its
     // background format): saved at once. Later blocks are saved when the cache is flushed.
@@ -290,6 +302,15 @@ LVirtualMMCDrive::Sense LVirtualMMCDrive::SetStreaming(Call& call) {
     if (call.cdb[8] != 0) return kInvalidField; // only performance descriptors
     if (MMCGet16(call.cdb + 9) < kDescriptorSize || !Sent(call, kDescriptorSize)) return kInvalidField;
     return kGood;
+}
+
+bool LVirtualMMCDrive::FlushBuffer() {
+    if (bufferBlocks_ == 0) return true;
+    const size_t bytes = size_t{bufferBlocks_} * kBlockLength;
+    bufferBlocks_ = 0;
+    const int fd = DataFile(true);
+    return fd >= 0 && pwrite(fd, buffer_.data(), bytes, off_t(bufferFirst_) * kBlockLength) ==
+                          ssize_t(bytes);
 }
 
 int LVirtualMMCDrive::DataFile(bool write) {

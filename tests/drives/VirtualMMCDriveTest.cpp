@@ -306,8 +306,12 @@ TEST_F(VirtualMMC, SessionsAndTracksSurviveTheProcessAndAppendAtTheNextWritableA
     Load("dvd+r,capacity=10000");
     ASSERT_EQ(ProcessSCSIReserveTrack(job, device, 320).code, 0u);
     ASSERT_EQ(WriteBlocks(0, 40).code, 0u);
-    // A process that ends before closing leaves an open reserved track.
+    // A process that ends before closing leaves an open reserved track, and the blocks the
+    // drive buffered are in the disc file.
     device.Close();
+    std::vector<uint8_t> stored(40 * kBlock);
+    std::ifstream(path, std::ios::binary).read(reinterpret_cast<char*>(stored.data()), std::streamsize(stored.size()));
+    EXPECT_EQ(stored, Pattern(0, 40));
     Load("dvd+r,capacity=10000");
     TrackInformation open = Track(1);
     EXPECT_TRUE(open.reserved && open.nextWritableValid);
