@@ -240,7 +240,7 @@ uint32_t LUDFFileSystem::GetFSSize() {
     nodes_.clear();
     index_.clear();
     index_[root_] = 0;
-    nodes_.push_back({root_});
+    nodes_.push_back({root_, {}});
     Collect(*root_);
     // The file set descriptor and its terminator, then each item's file entry, a folder's
     // identifier descriptors right after its entry.

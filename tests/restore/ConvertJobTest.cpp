@@ -281,7 +281,7 @@ TEST_F(ConvertJobTest, RequestsWhoseStringsFillTheirFieldsFailWithinThem) {
             field[i] = i < start.size() ? start[i] : pattern[(i - start.size()) % 2];
     };
     LProcessConvert job;
-    std::memset(&job, 1, sizeof job);
+    std::memset(static_cast<void*>(&job), 1, sizeof job);
     fill(job.sourcePath, (In() / "missing").string(), "xx");
     fill(job.outputFolder, (Out() / "deep/").string(), "d/");
     fill(job.outputExtension, ".wav", "ww");
