@@ -15,15 +15,15 @@
 class LRecordingSetupWizard {
 public:
     struct Hooks {
-        std::function<void()> startRecording; // the final page's "start recording now"
-        std::function<void()> refresh;        // the noise page's texts changed
-        std::function<void(const LDBMC&)> levels; // one level report for the page's meter
+        std::function<void()> startRecording{};     // the final page's "start recording now"
+        std::function<void()> refresh{};            // the noise page's texts changed
+        std::function<void(const LDBMC&)> levels{}; // one level report for the page's meter
         // The burner scan behind a progress window; without it the scan runs unseen.
-        LCDVNBurnWizardPage::RunScan runScan;
+        LCDVNBurnWizardPage::RunScan runScan{};
         // Posts a message to the main window (the burn and erase requests); dropped without it.
-        std::function<void(int message, int value)> sendToMain;
+        std::function<void(int message, int value)> sendToMain{};
         // The burn settings page's fields changed while it was shown (a disc came or went).
-        std::function<void()> burnPageRefreshed;
+        std::function<void()> burnPageRefreshed{};
     };
 
     explicit LRecordingSetupWizard(Hooks hooks, const char* mode = "None");

@@ -14,11 +14,11 @@ namespace {
 
 constexpr const char* kWavCodecFileName = "WavCodec.wff";
 
-uint16_t ByteSwap(uint16_t v) {
+[[maybe_unused]] uint16_t ByteSwap(uint16_t v) {
     return static_cast<uint16_t>((v >> 8) | (v << 8));
 }
 
-uint32_t ByteSwap(uint32_t v) {
+[[maybe_unused]] uint32_t ByteSwap(uint32_t v) {
     return (v >> 24) | ((v >> 8) & 0xFF00u) | ((v << 8) & 0xFF0000u) | (v << 24);
 }
 

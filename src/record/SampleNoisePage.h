@@ -22,7 +22,7 @@ protected:
 
 // The noise page: meters the input, measures the noise floor during two seconds of silence or
 // takes one typed by hand, and stores it. Runs on a thread with a main-thread queue.
-class LSampleNoisePage : private LSoundRecorderNotify {
+class LSampleNoisePage final : private LSoundRecorderNotify {
 public:
     explicit LSampleNoisePage(LSampleNoiseView& view);
     ~LSampleNoisePage();

@@ -34,7 +34,7 @@ protected:
     }
 
     LRecordingSetupWizard::Hooks Hooks() {
-        LRecordingSetupWizard::Hooks hooks{[] {}, [] {}, [](const LDBMC&) {}};
+        LRecordingSetupWizard::Hooks hooks{.startRecording = [] {}, .refresh = [] {}, .levels = [](const LDBMC&) {}};
         hooks.runScan = [this](const char* title, ProcessFindBurners& scan) {
             scans.push_back(title);
             LProcessInterfaceVoid unseen;

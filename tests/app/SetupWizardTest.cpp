@@ -40,7 +40,7 @@ protected:
 
 TEST_F(SetupWizardTest, SkipsThePagesTheSourcePageLeavesAlone) {
     bool recording = false;
-    LRecordingSetupWizard setup({[&] { recording = true; }, [] {}, [](const LDBMC&) {}});
+    LRecordingSetupWizard setup({.startRecording = [&] { recording = true; }, .refresh = [] {}, .levels = [](const LDBMC&) {}});
     RecordingView view;
     LWizard& wizard = setup.Wizard();
     ASSERT_TRUE(wizard.Open(view));
@@ -65,7 +65,7 @@ TEST_F(SetupWizardTest, SkipsThePagesTheSourcePageLeavesAlone) {
 }
 
 TEST_F(SetupWizardTest, PagesShowAndStoreTheirChoices) {
-    LRecordingSetupWizard setup({{}, [] {}, [](const LDBMC&) {}});
+    LRecordingSetupWizard setup({.refresh = [] {}, .levels = [](const LDBMC&) {}});
     // Unstored switches start as the wizard suggests them; a cassette starts without click and
     // pop removal, whatever was stored, and the user may still choose it.
     setup.restoration.Activate();

@@ -156,7 +156,9 @@ TEST_F(VirtualMMC, EachMediaKindTakesTheBurnOfItsStrategyClosedAndReadBack) {
         const DiskInformation info = Info();
         EXPECT_EQ(info.discStatus, DISC_COMPLETE);
         EXPECT_EQ(info.erasable, IsRewritable(disc->Media()));
-        if (c.tracks == 0) EXPECT_EQ(info.backgroundFormat, 3); // the format completed by the close
+        if (c.tracks == 0) {
+            EXPECT_EQ(info.backgroundFormat, 3); // the format completed by the close
+        }
         // The file system the builder laid out reads back from the disc.
         const uint32_t volume = DecodeISOVolumeSize(ReadBlocks(16, 1).data(), kBlock);
         EXPECT_GT(volume, 16u);
@@ -276,7 +278,9 @@ TEST_F(VirtualMMC, BlankingAndFormattingReportProgressThenLeaveABlankDisc) {
         // A formatted disc is addressable over its whole formatted area, as on a real drive;
         // a blanked one has nothing recorded.
         EXPECT_EQ(ProcessSCSIReadUsedCapacity(job, device, 0), c.format ? disc->Capacity() : 0u);
-        if (!c.format) EXPECT_EQ(Info().discStatus, DISC_EMPTY);
+        if (!c.format) {
+            EXPECT_EQ(Info().discStatus, DISC_EMPTY);
+        }
         EXPECT_EQ(WriteBlocks(0, 16).code, 0u);
     }
     // A DVD+RW offers only its own format type.
