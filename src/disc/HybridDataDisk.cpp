@@ -161,7 +161,7 @@ LProjectFileSystems GetProjectFileSystems(int project) {
 
 LHybridDataDisk::LHybridDataDisk(LAbstractFileSystem& compilation, int project, int media,
                                  std::string sourceImage, std::string bootImage)
-    : compilation_(compilation), project_(project), media_(media),
+    : compilation_(compilation), media_(media),
       sourceImage_(std::move(sourceImage)), bootImage_(std::move(bootImage)),
       systems_(GetProjectFileSystems(project)) {}
 

@@ -86,7 +86,6 @@ private:
     BurnErrorCode RunFailed(const WriteSectorCache& cache) const;
 
     LAbstractFileSystem& compilation_;
-    int project_;
     int media_;
     std::string sourceImage_;
     std::string bootImage_;
