@@ -1,13 +1,15 @@
-// MP3 output against the encoder alone. On a 44.1 kHz stereo recording (pink noise made with
-// sox, 300 s unless a length in seconds is given), three rounds of: bare `lame -m s -b 128 -h`
-// on the wave file, `vinora-cli convert` to WAV with all six steps (the chain's own cost), bare
-// LAME on that restored WAV, and `vinora-cli convert` to MP3 with all six restoration steps and
-// without restoration. Prints the medians, the median of each round's ratio to bare LAME on the
+// MP3 output against the encoder alone, on two 44.1 kHz stereo recordings made with sox (300 s
+// unless a length in seconds is given): pink noise, and the same noise cut with the RIAA
+// recording curve, as a turntable gives it without a phono preamp (the input the RIAA step is
+// for). Three rounds, each of: bare `lame -m s -b 128 -h` on the recording, `vinora-cli convert`
+// to WAV with all six steps (the chain's own cost), bare LAME on that restored WAV, and
+// `vinora-cli convert` to MP3 with all six restoration steps (and, for the pink noise, without
+// restoration). Prints the medians, the median of each round's ratio to bare LAME on the
 // recording and to bare LAME on the audio the encoder is actually fed (restoration changes the
-// signal, and LAME's own time depends on it: on restored pink noise it is about a quarter
-// longer), the processor time beside the wall time, and the peak memory of each conversion (the
-// encoder process not included). Runs of one round are next to each other in time, so a busy
-// machine skews them alike.
+// signal, and LAME's own time depends on its spectrum: restored pink noise takes it about a
+// quarter longer than the noise, restored cut noise less than the cut noise), the processor time
+// beside the wall time, and the peak memory of each conversion (the encoder process not
+// included). Runs of one round are next to each other in time, so a busy machine skews them alike.
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -19,6 +21,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -67,12 +70,32 @@ double Median(std::vector<double> values) {
 }
 
 struct Case {
-    const char* name;
+    std::string name;
     std::vector<std::string> command;
+    // The bare LAME run on this case's recording, for the first ratio.
+    size_t recordingLame;
     // The case whose audio LAME encodes alone, for the second ratio.
     size_t sameAudio;
     std::vector<Run> runs;
 };
+
+// sox's biquad coefficients (b0 b1 b2 a0 a1 a2) for the RIAA recording curve at 44.1 kHz: the
+// time constants 3180, 318 and 75 µs and the cutter's 3.18 µs limit, by the bilinear transform.
+std::vector<std::string> RecordingCurveBiquad() {
+    const double k = 2 * 44100.0;
+    // 1 + s·t as a first-order term in z⁻¹ (the shared 1 + z⁻¹ denominators cancel).
+    auto term = [k](double t) { return std::pair{1 + k * t, 1 - k * t}; };
+    auto product = [](std::pair<double, double> x, std::pair<double, double> y) {
+        return std::vector<double>{x.first * y.first, x.first * y.second + x.second * y.first,
+                                   x.second * y.second};
+    };
+    std::vector<double> coefficients = product(term(3180e-6), term(75e-6));
+    const std::vector<double> poles = product(term(318e-6), term(3.18e-6));
+    coefficients.insert(coefficients.end(), poles.begin(), poles.end());
+    std::vector<std::string> words;
+    for (double c : coefficients) words.push_back(std::to_string(c));
+    return words;
+}
 
 } // namespace
 
@@ -84,36 +107,50 @@ int main(int argc, char** argv) {
     setenv("HOME", pattern, 1);
     setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
     setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
-    const std::string wav = (folder / "m.wav").string();
+    const std::string flat = (folder / "m.wav").string();
+    const std::string cut = (folder / "cut.wav").string();
     const std::string cli = VINORA_CLI;
 
-    if (!Measure({"sox", "-n", "-r", "44100", "-c", "2", "-b", "16", wav, "synth",
+    std::vector<std::string> cutCommand = {"sox", flat, "-b", "16", cut, "vol", "0.05", "biquad"};
+    for (const std::string& c : RecordingCurveBiquad()) cutCommand.push_back(c);
+    for (const char* word : {"gain", "-n", "-3"}) cutCommand.push_back(word);
+    if (!Measure({"sox", "-n", "-r", "44100", "-c", "2", "-b", "16", flat, "synth",
                   std::to_string(seconds), "pinknoise", "vol", "0.5"})
-             .ok) {
-        std::fprintf(stderr, "could not make the recording (needs sox)\n");
+             .ok ||
+        !Measure(cutCommand).ok) {
+        std::fprintf(stderr, "could not make the recordings (needs sox)\n");
         fs::remove_all(folder);
         return 2;
     }
 
     const std::vector<std::string> allSteps = {"--dc",    "--hpf", "--clickpop",
                                                "--noise", "--riaa", "--normalize"};
-    auto convert = [&](const char* output, bool restore) {
-        std::vector<std::string> command = {cli, "convert", wav, (folder / output).string()};
+    auto convert = [&](const std::string& input, const std::string& output, bool restore) {
+        std::vector<std::string> command = {cli, "convert", input, (folder / output).string()};
         if (restore) command.insert(command.end(), allSteps.begin(), allSteps.end());
         return command;
     };
-    auto lameAlone = [&](const std::string& input, const char* output) {
+    auto lameAlone = [&](const std::string& input, const std::string& output) {
         return std::vector<std::string>{"lame", "--quiet", "-m", "s", "-b", "128", "-h", input,
                                         (folder / output).string()};
     };
     // Each round makes the restored WAV before LAME encodes it.
-    std::vector<Case> cases = {
-        {"lame -m s -b 128 -h alone", lameAlone(wav, "l.mp3"), 0, {}},
-        {"convert to WAV, all six steps", convert("all.wav", true), 1, {}},
-        {"lame alone on the restored WAV", lameAlone((folder / "all.wav").string(), "r.mp3"), 2, {}},
-        {"convert to MP3, all six steps", convert("all.mp3", true), 2, {}},
-        {"convert to MP3, no restoration", convert("none.mp3", false), 0, {}},
+    std::vector<Case> cases;
+    auto addRecording = [&](const char* label, const std::string& input, const std::string& tag) {
+        const size_t first = cases.size();
+        const std::string restored = (folder / (tag + "-all.wav")).string();
+        cases.push_back({label + std::string(": lame alone"), lameAlone(input, tag + "-l.mp3"),
+                         first, first, {}});
+        cases.push_back({"  convert to WAV, all six steps", convert(input, tag + "-all.wav", true),
+                         first, first + 1, {}});
+        cases.push_back({"  lame alone on the restored WAV", lameAlone(restored, tag + "-r.mp3"),
+                         first, first + 2, {}});
+        cases.push_back({"  convert to MP3, all six steps", convert(input, tag + "-all.mp3", true),
+                         first, first + 2, {}});
     };
+    addRecording("pink noise", flat, "flat");
+    cases.push_back({"  convert to MP3, no restoration", convert(flat, "none.mp3", false), 0, 0, {}});
+    addRecording("cut with the RIAA curve", cut, "cut");
 
     bool ok = true;
     for (int round = 0; round < kRounds; ++round) {
@@ -127,20 +164,19 @@ int main(int argc, char** argv) {
     if (!ok) std::fprintf(stderr, "a run failed: the figures are not meaningful\n");
 
     std::printf("%d s of 44.1 kHz stereo, medians of %d rounds\n", seconds, kRounds);
-    std::printf("%-32s %8s %8s %8s %10s %10s %8s\n", "", "wall s", "cpu s", "x real", "to LAME",
+    std::printf("%-36s %8s %8s %8s %10s %10s %8s\n", "", "wall s", "cpu s", "x real", "to LAME",
                 "same audio", "peak MB");
-    const Case& lame = cases.front();
     for (const Case& c : cases) {
         std::vector<double> wall, cpu, ratio, sameRatio;
         long peak = 0;
         for (int round = 0; round < kRounds; ++round) {
             wall.push_back(c.runs[round].wall);
             cpu.push_back(c.runs[round].cpu);
-            ratio.push_back(c.runs[round].wall / lame.runs[round].wall);
+            ratio.push_back(c.runs[round].wall / cases[c.recordingLame].runs[round].wall);
             sameRatio.push_back(c.runs[round].wall / cases[c.sameAudio].runs[round].wall);
             peak = std::max(peak, c.runs[round].peakMB);
         }
-        std::printf("%-32s %8.2f %8.2f %8.1f %10.3f %10.3f %8ld\n", c.name, Median(wall),
+        std::printf("%-36s %8.2f %8.2f %8.1f %10.3f %10.3f %8ld\n", c.name.c_str(), Median(wall),
                     Median(cpu), seconds / Median(wall), Median(ratio), Median(sameRatio), peak);
     }
     std::printf("rounds (wall s):");

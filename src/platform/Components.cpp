@@ -12,9 +12,12 @@
 #include <string>
 #include <string_view>
 #include <vector>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
+#include <sys/syscall.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -66,6 +69,26 @@ bool RanBefore(const char* path, const struct stat& info) {
     return false;
 }
 
+// Waits up to `ms` for the child to end and reaps it; false when it is still running. The
+// kernel wakes the wait as the child ends, so a quick program is not held up by a polling step.
+bool EndsWithin(pid_t pid, int ms, int& status) {
+    const int fd = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+    if (fd < 0) {
+        for (int waited = 0; waitpid(pid, &status, WNOHANG) == 0; waited += 10) {
+            if (waited >= ms) return false;
+            usleep(10'000);
+        }
+        return true;
+    }
+    pollfd ended{fd, POLLIN, 0};
+    int ready;
+    do {
+        ready = poll(&ended, 1, ms);
+    } while (ready < 0 && errno == EINTR);
+    close(fd);
+    return ready > 0 && waitpid(pid, &status, 0) == pid;
+}
+
 // Tells whether "PATH --version" ends with status 0 within kVersionWaitMs.
 bool AnswersItsVersion(const char* path) {
     posix_spawn_file_actions_t actions;
@@ -78,13 +101,10 @@ bool AnswersItsVersion(const char* path) {
     posix_spawn_file_actions_destroy(&actions);
     if (spawned != 0) return false;
     int status = 0;
-    for (int waited = 0; waitpid(pid, &status, WNOHANG) == 0; waited += 10) {
-        if (waited >= kVersionWaitMs) {
-            kill(pid, SIGKILL);
-            waitpid(pid, &status, 0);
-            return false;
-        }
-        usleep(10'000);
+    if (!EndsWithin(pid, kVersionWaitMs, status)) {
+        kill(pid, SIGKILL);
+        waitpid(pid, &status, 0);
+        return false;
     }
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }

@@ -4,7 +4,7 @@
 #include <cstring>
 
 LBucket::LBucket(unsigned long capacity)
-    : size_(capacity + 1), bytes_(std::make_unique<unsigned char[]>(capacity + 1))
+    : size_(capacity + 1), bytes_(std::make_unique_for_overwrite<unsigned char[]>(capacity + 1))
 {
 }
 
