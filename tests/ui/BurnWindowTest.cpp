@@ -1,19 +1,12 @@
 // Burning from the main window on the offscreen platform, onto the Virtual Burner: the toolbar's
 // Burn Audio and Burn MP3, the wizard's burn form finished as a user would, the burn behind its
 // progress window, and the disc read back with tools nobody here wrote (bchunk, soxi, 7z).
-#include "app/AppStartup.h"
 #include "app/MainCommands.h"
 #include "drives/SystemDiscService.h"
-#include "jobs/ScriptedUserInteraction.h"
-#include "platform/Settings.h"
-#include "support/QtTestApp.h"
-#include "support/TempHome.h"
+#include "ui/DesktopTest.h"
 #include "ui/DesktopWindows.h"
 #include "ui/MainWindow.h"
-#include "ui/QtMainThreadQueue.h"
 #include "ui/SetupWizardDialog.h"
-
-#include <gtest/gtest.h>
 
 #include <QAction>
 #include <QLabel>
@@ -22,7 +15,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <filesystem>
 #include <memory>
 
 namespace fs = std::filesystem;
@@ -31,12 +23,9 @@ namespace {
 
 constexpr int kBurnWaitMs = 120000;
 
-class BurnWindowTest : public ::testing::Test {
+class BurnWindowTest : public DesktopTest {
 protected:
-    BurnWindowTest() : startup_(queue_, &ui) {
-        QtTestApp();
-        fs::create_directories(output);
-        LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+    BurnWindowTest() {
         ui.SetDefaultAnswer(LMessageAnswer::No);
         RunCommand("cd " + ShellQuote(output) +
                    " && sox -n -r 44100 -c 2 -b 16 a.wav synth 1 sine 440"
@@ -105,12 +94,7 @@ protected:
         return texts;
     }
 
-    TempHome home;
-    fs::path output = home.Path() / "out";
     fs::path disc = home.Path() / "disc";
-    LScriptedUserInteraction ui;
-    LQtMainThreadQueue queue_;
-    LAppStartup startup_;
     std::vector<QString> headings;
     LMainWindow* shown = nullptr;
     std::unique_ptr<LMainWindow> window;

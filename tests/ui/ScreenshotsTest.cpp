@@ -1,8 +1,7 @@
 // Renders each window to a PNG file in the folder named by VINORA_SCREENSHOTS, for the README
 // and for review (scripts/screenshots.sh). Skipped without it.
 #include "platform/Settings.h"
-#include "support/QtTestApp.h"
-#include "support/TempHome.h"
+#include "ui/DesktopTest.h"
 #include "ui/EncoderSettingsDialogs.h"
 #include "ui/MainWindow.h"
 #include "ui/PlayAndSplitWindow.h"
@@ -13,11 +12,9 @@
 #include "ui/RecordingWindow.h"
 #include "ui/TagEditorDialogs.h"
 #include "tags/AudioTagData.h"
-#include "devices/SoundDevices.h"
 #include "disc/CDBurnAudio.h"
 #include "drives/SystemDiscService.h"
 #include "codecs/AudioFileSource.h"
-#include "record/SoundRecordDevice.h"
 
 #include <gtest/gtest.h>
 
@@ -92,13 +89,7 @@ TEST_F(Screenshots, MainWindowAndProgress) {
     ProcessRunAsDialog(&window, "Converting Files", job);
 
     // A session on the demo side, a moment after its first track started.
-    setenv("VINORA_VIRTUAL_TURNTABLE", ",speed=1", 1);
-    std::vector<LSoundDeviceInfo> devices;
-    GetSoundInputDevices(devices);
-    for (size_t i = 0; i < devices.size(); ++i)
-        if (devices[i].id == kVirtualTurntableId)
-            LSettingSetSoundRecordDevice("Settings", "SoundInDevice",
-                                         LSoundRecordDevice(static_cast<int>(i), 0));
+    UseVirtualTurntable({}, 1);
     LQtMainThreadQueue queue;
     LMainThreadQueue::SetCurrent(&queue);
     {
