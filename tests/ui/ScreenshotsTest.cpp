@@ -61,23 +61,29 @@ protected:
         if (Folder().isEmpty()) GTEST_SKIP() << "VINORA_SCREENSHOTS names no folder";
         QtTestApp();
         fs::create_directories(Folder().toStdString());
+        LMainThreadQueue::SetCurrent(&queue);
     }
+    void TearDown() override { LMainThreadQueue::SetCurrent(nullptr); }
+
+    // The recordings folder with these files of pink noise, `seconds` long.
+    fs::path Recordings(const std::vector<std::pair<const char*, int>>& files) {
+        const fs::path output = home.Path() / "Recordings";
+        fs::create_directories(output);
+        LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+        for (const auto& [name, seconds] : files)
+            RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(output / name) + " synth " +
+                       std::to_string(seconds) + " pinknoise vol 0.3 2>/dev/null");
+        return output;
+    }
+
+    TempHome home;
+    LQtMainThreadQueue queue;
 };
 
 TEST_F(Screenshots, MainWindowAndProgress) {
-    TempHome home;
-    const fs::path output = home.Path() / "Recordings";
-    fs::create_directories(output);
-    LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
-    const struct {
-        const char* name;
-        int seconds;
-    } files[] = {{"Side A 01 - Blue Moon.wav", 4}, {"Side A 02 - Night Train.wav", 6},
-                 {"Side A 03 - Harbour Lights.mp3", 5}, {"Side B 01 - Old Friends.mp3", 3},
-                 {"Side B 02 - Last Waltz.wav", 7}};
-    for (const auto& file : files)
-        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(output / file.name) + " synth " +
-                   std::to_string(file.seconds) + " pinknoise vol 0.3 2>/dev/null");
+    Recordings({{"Side A 01 - Blue Moon.wav", 4}, {"Side A 02 - Night Train.wav", 6},
+                {"Side A 03 - Harbour Lights.mp3", 5}, {"Side B 01 - Old Friends.mp3", 3},
+                {"Side B 02 - Last Waltz.wav", 7}});
     LMainWindow window{LMainDialogWindows{}};
     window.resize(900, 480);
     window.Dialog().LoadSavedAudioFiles();
@@ -90,8 +96,6 @@ TEST_F(Screenshots, MainWindowAndProgress) {
 
     // A session on the demo side, a moment after its first track started.
     UseVirtualTurntable({}, 1);
-    LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
     {
         LRecordingWindow recording(window.Dialog(), &window);
         recording.resize(640, 360);
@@ -102,7 +106,6 @@ TEST_F(Screenshots, MainWindowAndProgress) {
         Save(recording, "recording-window");
         recording.Page().CmStopSession(true);
     }
-    LMainThreadQueue::SetCurrent(nullptr);
     unsetenv("VINORA_VIRTUAL_TURNTABLE");
 
     LAudioTagData tags;
@@ -111,15 +114,11 @@ TEST_F(Screenshots, MainWindowAndProgress) {
     tags.SetTag("ALBUM", "Side A", true);
     tags.SetTag("GENRE", "Jazz", true);
     tags.SetTag("YEAR", "1978", true);
-    {
-        LTagEditorDialog id3(&window, tags, "/music/a.mp3");
-        id3.show();
-        Save(id3, "tag-editor-id3");
-    }
-    {
-        LTagEditorDialog wave(&window, tags, "/music/a.wav");
-        wave.show();
-        Save(wave, "tag-editor-wave");
+    for (const auto& [name, path] : {std::pair{"tag-editor-id3", "/music/a.mp3"},
+                                     std::pair{"tag-editor-wave", "/music/a.wav"}}) {
+        LTagEditorDialog editor(&window, tags, path);
+        editor.show();
+        Save(editor, name);
     }
     {
         LTagEditorDialog many(&window, tags);
@@ -129,9 +128,6 @@ TEST_F(Screenshots, MainWindowAndProgress) {
 }
 
 TEST_F(Screenshots, WizardAndPreferences) {
-    TempHome home;
-    LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
     {
         LSetupWizardDialog wizard(nullptr, [] {});
         ASSERT_TRUE(wizard.Start());
@@ -162,13 +158,9 @@ TEST_F(Screenshots, WizardAndPreferences) {
         });
         EXPECT_FALSE(edit(nullptr));
     }
-    LMainThreadQueue::SetCurrent(nullptr);
 }
 
 TEST_F(Screenshots, PlayAndSplit) {
-    TempHome home;
-    LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
     setenv("VINORA_VIRTUAL_SPEAKER", ((home.Path() / "speaker.wav").string() + ",speed=0").c_str(), 1);
     const fs::path song = home.Path() / "Side A 03.wav";
     RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(song) +
@@ -194,24 +186,14 @@ TEST_F(Screenshots, PlayAndSplit) {
         Save(window, "play-and-split");
     }
     unsetenv("VINORA_VIRTUAL_SPEAKER");
-    LMainThreadQueue::SetCurrent(nullptr);
 }
 
-} // namespace
-
 TEST_F(Screenshots, Burning) {
-    TempHome home;
-    LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
     const fs::path disc = home.Path() / "disc";
     SetDiscService(std::make_shared<LSystemDiscService>("cd-r:" + disc.string() + ",slow=20", false));
-    const fs::path output = home.Path() / "Recordings";
-    fs::create_directories(output);
-    LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
-    for (const char* name : {"Side A 01 - Blue Moon.wav", "Side A 02 - Night Train.wav",
-                             "Side A 03 - Harbour Lights.wav"})
-        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(output / name) +
-                   " synth 25 pinknoise vol 0.3 2>/dev/null");
+    const fs::path output = Recordings({{"Side A 01 - Blue Moon.wav", 25},
+                                        {"Side A 02 - Night Train.wav", 25},
+                                        {"Side A 03 - Harbour Lights.wav", 25}});
 
     // The main window's status bar with the selection's playing time against the blank CD.
     LUserSettingSet<int>("OutputFormat", "OutputFormatNum", 4);
@@ -267,5 +249,6 @@ TEST_F(Screenshots, Burning) {
     EXPECT_EQ(ProcessRunAsDialog(nullptr, "Burn Audio CD", job), PROCESS_DONE);
     EXPECT_TRUE(taken);
     SetDiscService(nullptr);
-    LMainThreadQueue::SetCurrent(nullptr);
 }
+
+} // namespace
