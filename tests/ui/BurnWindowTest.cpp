@@ -52,9 +52,11 @@ protected:
         window->show();
     }
 
-    // Presses a toolbar button and finishes the burn form of the wizard it opens, keeping the
-    // headings of the pages passed.
-    void BurnFromToolbar(LMainWindow& window, int command) {
+    // Presses a toolbar button, agrees to burn, finishes the burn form of the wizard it opens
+    // (keeping the headings of the pages passed) and waits for the end of the burn: the
+    // question for another copy or the failure message. The messages shown.
+    std::vector<std::string> BurnFromToolbar(int command) {
+        ui.QueueAnswer(LMessageAnswer::Ok);
         QTimer finisher;
         QObject::connect(&finisher, &QTimer::timeout, [&] {
             auto* wizard = dynamic_cast<LSetupWizardDialog*>(QApplication::activeModalWidget());
@@ -64,12 +66,8 @@ protected:
             wizard->NextButton()->click();
         });
         finisher.start(50);
-        window.ToolAction(command)->trigger();
-    }
-
-    // Waits for the end of the burn: the question for another copy or the failure message.
-    bool WaitForBurn() {
-        return QTest::qWaitFor(
+        window->ToolAction(command)->trigger();
+        EXPECT_TRUE(QTest::qWaitFor(
             [&] {
                 for (const LInteractionCall& call : ui.Calls())
                     if (call.text.find("another copy?") != std::string::npos ||
@@ -77,7 +75,11 @@ protected:
                         return true;
                 return false;
             },
-            kBurnWaitMs);
+            kBurnWaitMs));
+        std::vector<std::string> texts;
+        for (const LInteractionCall& call : ui.Calls())
+            if (call.kind == LInteractionKind::Message) texts.push_back(call.caption + ": " + call.text);
+        return texts;
     }
 
     std::string Pane(LMainWindow& window, int pane) {
@@ -85,13 +87,6 @@ protected:
             if (label->accessibleName() == QString("Status %1").arg(pane + 1))
                 return label->text().toStdString();
         return {};
-    }
-
-    std::vector<std::string> Messages() const {
-        std::vector<std::string> texts;
-        for (const LInteractionCall& call : ui.Calls())
-            if (call.kind == LInteractionKind::Message) texts.push_back(call.caption + ": " + call.text);
-        return texts;
     }
 
     fs::path disc = home.Path() / "disc";
@@ -105,11 +100,8 @@ TEST_F(BurnWindowTest, BurnAudioMakesACDOfTheSelectedRowsInListOrder) {
     window->List()->selectAll();
     ASSERT_TRUE(window->ToolAction(CM_BURN_AUDIO_CD)->isEnabled());
 
-    ui.QueueAnswer(LMessageAnswer::Ok); // commence
-    BurnFromToolbar(*window, CM_BURN_AUDIO_CD);
-    ASSERT_TRUE(WaitForBurn()) << testing::PrintToString(Messages());
+    const std::vector<std::string> messages = BurnFromToolbar(CM_BURN_AUDIO_CD);
     EXPECT_EQ(headings, std::vector<QString>{"CD Burn Settings"});
-    const std::vector<std::string> messages = Messages();
     ASSERT_EQ(messages.size(), 2u) << testing::PrintToString(messages);
     EXPECT_TRUE(messages[1].find("Total Files Burned: 3\r\nTotal Duration: 0:00:06.") !=
                 std::string::npos)
@@ -134,12 +126,8 @@ TEST_F(BurnWindowTest, BurnAudioMakesACDOfTheSelectedRowsInListOrder) {
 
 TEST_F(BurnWindowTest, BurnMP3MakesADataDiscOfMP3Files) {
     UseBurner("dvd+r:" + disc.string());
-
-    ui.QueueAnswer(LMessageAnswer::Ok); // commence
-    BurnFromToolbar(*window, CM_BURN_DATA_DISC);
-    ASSERT_TRUE(WaitForBurn()) << testing::PrintToString(Messages());
+    const std::vector<std::string> messages = BurnFromToolbar(CM_BURN_DATA_DISC);
     EXPECT_EQ(headings, (std::vector<QString>{"Data CD/DVD Options", "CD/DVD Burn Settings"}));
-    const std::vector<std::string> messages = Messages();
     ASSERT_EQ(messages.size(), 2u) << testing::PrintToString(messages);
     EXPECT_NE(messages[1].find("Total Files Burned: 3\r\nTotal Size:"), std::string::npos)
         << messages[1];
