@@ -1,14 +1,10 @@
 // The processing queue: the queue file, resuming, progress and stopping with a stand-in job
-// that waits until the test lets it finish, and one run of the real conversion job.
+// that waits until the test lets it finish; the main window's reporter.
 #include "app/ProcessListThread.h"
 
-#include "codecs/WaveFile.h"
 #include "jobs/PlainMainQueue.h"
 #include "platform/Settings.h"
-#include "sound/SourceToSink.h"
-#include "support/RecordingProgress.h"
 #include "support/TempHome.h"
-#include "support/ToneSignals.h"
 
 #include <gtest/gtest.h>
 
@@ -220,46 +216,6 @@ TEST_F(ProcessListThreadTest, OverallProgressCountsTheRequestsOfThisRun) {
         if (message == WM_NOTIFY_PROGRESS) percents.push_back(value);
     // Half of the first of three is 16 %; the end shows 0.
     EXPECT_EQ(percents, (std::vector<int>{16, 50, 83, 0}));
-}
-
-TEST_F(ProcessListThreadTest, ConvertsARealRequestAndAnnouncesTheOutput) {
-    const fs::path source = home_.Path() / "one.wav";
-    {
-        LPRSourceToSink pump;
-        pump.source = MakeSineSource(22050, 1, 440, 100000, 22050);
-        pump.sink = LWaveFile::OpenSinkPCM(source.c_str(), 22050, 1, 16, 0);
-        RecordingProgress progress;
-        ASSERT_EQ(Process(progress, pump), PROCESS_DONE);
-    }
-    LProcessConvert request;
-    std::snprintf(request.sourcePath, sizeof request.sourcePath, "%s", source.c_str());
-    std::snprintf(request.outputFolder, sizeof request.outputFolder, "%s",
-                  (home_.Path() / "out").c_str());
-    std::snprintf(request.outputExtension, sizeof request.outputExtension, ".wav");
-    request.restore = 0;
-    request.deleteSource = 1;
-
-    LPlainMainQueue queue;
-    RecordingTarget target;
-    SetConvertNotify(&gMainNotify);
-    gMainNotify.SetTarget(&target, &queue);
-    LProcessListThread<LProcessConvert, MainProcessNotify> list;
-    list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
-    list.Add(request);
-    EXPECT_TRUE(queue.RunUntil([&] { return !list.IsRunning(); }, 10000));
-    queue.RunPending();
-    gMainNotify.SetTarget(nullptr, nullptr);
-    SetConvertNotify(nullptr);
-
-    const fs::path output = home_.Path() / "out" / "one.wav";
-    std::vector<std::pair<int, std::string>> announced;
-    for (const auto& [message, text, value] : target.messages)
-        if (message != WM_NOTIFY_PROGRESS) announced.emplace_back(message, text);
-    EXPECT_EQ(announced, (std::vector<std::pair<int, std::string>>{
-                             {WM_NOTIFY_FILE, "one.wav"}, {WM_NOTIFY_ADD, output.string()}}));
-    EXPECT_FALSE(fs::exists(source));
-    EXPECT_EQ(LWaveFile::OpenSource(output.c_str())->GetEndSample(), 22050);
-    EXPECT_EQ(fs::file_size(path_), 0u);
 }
 
 TEST(MainNotify, PostsThroughTheMainThreadQueue) {

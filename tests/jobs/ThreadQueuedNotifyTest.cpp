@@ -26,17 +26,11 @@ private:
     std::thread::id owner_ = std::this_thread::get_id();
 };
 
-class ThreadQueuedNotifyTest : public testing::Test {
-protected:
-    ThreadQueuedNotifyTest() { LMainThreadQueue::SetCurrent(&queue_); }
-    ~ThreadQueuedNotifyTest() override { LMainThreadQueue::SetCurrent(nullptr); }
-
-    LPlainMainQueue queue_;
-};
-
 } // namespace
 
-TEST_F(ThreadQueuedNotifyTest, EveryPostGivesOneCallOnTheOwnerThreadToItsOwnObject) {
+TEST(ThreadQueuedNotify, EveryPostGivesOneCallOnTheOwnerThreadToItsOwnLivingObject) {
+    LPlainMainQueue queue;
+    LMainThreadQueue::SetCurrent(&queue);
     constexpr int kPosts = 500;
     int countA = 0, countB = 0;
     CountingNotify a(countA), b(countB);
@@ -46,26 +40,25 @@ TEST_F(ThreadQueuedNotifyTest, EveryPostGivesOneCallOnTheOwnerThreadToItsOwnObje
             if (i % 5 == 0) b.PostQueueNotify();
         }
     });
-    EXPECT_TRUE(queue_.RunUntil([&] { return countA == kPosts; }, 30000));
+    EXPECT_TRUE(queue.RunUntil([&] { return countA == kPosts; }, 30000));
     poster.join();
-    EXPECT_EQ(queue_.RunPending(), 0);
+    EXPECT_EQ(queue.RunPending(), 0);
     EXPECT_EQ(countA, kPosts);
     EXPECT_EQ(countB, kPosts / 5);
     EXPECT_FALSE(a.offOwnerThread || b.offOwnerThread);
-}
 
-TEST_F(ThreadQueuedNotifyTest, PostsPendingForADestroyedObjectAreDropped) {
-    int count = 0;
-    auto notify = std::make_unique<CountingNotify>(count);
+    // Posts pending for a destroyed object are dropped, even when a replacement reuses its
+    // address.
+    int goneCount = 0, laterCount = 0;
+    auto gone = std::make_unique<CountingNotify>(goneCount);
     std::thread([&] {
-        notify->PostQueueNotify();
-        notify->PostQueueNotify();
+        gone->PostQueueNotify();
+        gone->PostQueueNotify();
     }).join();
-    notify.reset();
-    // A replacement may well reuse the address; it must not receive the old posts.
-    int laterCount = 0;
+    gone.reset();
     CountingNotify later(laterCount);
-    queue_.RunPending();
-    EXPECT_EQ(count, 0);
+    queue.RunPending();
+    EXPECT_EQ(goneCount, 0);
     EXPECT_EQ(laterCount, 0);
+    LMainThreadQueue::SetCurrent(nullptr);
 }

@@ -5,16 +5,24 @@
 #include <thread>
 #include <utility>
 
-TEST(UserInteraction, ReachesTheInstalledImplementationAndOtherwiseAnswersCautiously) {
+TEST(UserInteraction, ReachesTheInstalledImplementationFromAnyThreadAndOtherwiseAnswersCautiously) {
     LScriptedUserInteraction ui;
     SetUserInteraction(&ui);
     UserInteraction().ShowError("ERROR: Unable to create folder.");
+    ui.QueueAnswer(LMessageAnswer::No);
+    LMessageAnswer answer = LMessageAnswer::Ok;
+    std::thread([&] {
+        answer = UserInteraction().ShowMessage("Vinora Records Vinyl to CD Converter",
+                                               "Keep going?", LMessageButtons::YesNo);
+    }).join();
     SetUserInteraction(nullptr);
+    EXPECT_EQ(answer, LMessageAnswer::No);
     const auto calls = ui.Calls();
-    ASSERT_EQ(calls.size(), 1u);
+    ASSERT_EQ(calls.size(), 2u);
     EXPECT_EQ(calls[0].caption, "Error");
     EXPECT_EQ(calls[0].text, "ERROR: Unable to create folder.");
     EXPECT_EQ(calls[0].buttons, LMessageButtons::Ok);
+    EXPECT_EQ(calls[1].text, "Keep going?");
 
     // Without windows no question may be taken as consent.
     const std::pair<LMessageButtons, LMessageAnswer> cases[] = {
@@ -23,24 +31,8 @@ TEST(UserInteraction, ReachesTheInstalledImplementationAndOtherwiseAnswersCautio
         {LMessageButtons::YesNo, LMessageAnswer::No},
         {LMessageButtons::YesNoCancel, LMessageAnswer::Cancel},
     };
-    for (const auto& [buttons, answer] : cases)
-        EXPECT_EQ(UserInteraction().ShowMessage("Quit", "Sure?", buttons), answer);
+    for (const auto& [buttons, cautious] : cases)
+        EXPECT_EQ(UserInteraction().ShowMessage("Quit", "Sure?", buttons), cautious);
     EXPECT_TRUE(UserInteraction().ChooseOpenFiles({}, true).empty());
     EXPECT_EQ(UserInteraction().ChooseFolder("Copy to", "/music"), "");
-}
-
-TEST(UserInteraction, AQuestionFromAnotherThreadIsAnsweredOnce) {
-    LScriptedUserInteraction ui;
-    ui.QueueAnswer(LMessageAnswer::No);
-    SetUserInteraction(&ui);
-    LMessageAnswer answer = LMessageAnswer::Ok;
-    std::thread worker([&] {
-        answer = UserInteraction().ShowMessage("Vinora Records Vinyl to CD Converter",
-                                               "Keep going?", LMessageButtons::YesNo);
-    });
-    worker.join();
-    SetUserInteraction(nullptr);
-    EXPECT_EQ(answer, LMessageAnswer::No);
-    ASSERT_EQ(ui.Calls().size(), 1u);
-    EXPECT_EQ(ui.Calls()[0].text, "Keep going?");
 }

@@ -1,19 +1,12 @@
 // Burning from the main window on the offscreen platform, onto the Virtual Burner: the toolbar's
 // Burn Audio and Burn MP3, the wizard's burn form finished as a user would, the burn behind its
 // progress window, and the disc read back with tools nobody here wrote (bchunk, soxi, 7z).
-#include "app/AppStartup.h"
 #include "app/MainCommands.h"
 #include "drives/SystemDiscService.h"
-#include "jobs/ScriptedUserInteraction.h"
-#include "platform/Settings.h"
-#include "support/QtTestApp.h"
-#include "support/TempHome.h"
+#include "ui/DesktopTest.h"
 #include "ui/DesktopWindows.h"
 #include "ui/MainWindow.h"
-#include "ui/QtMainThreadQueue.h"
 #include "ui/SetupWizardDialog.h"
-
-#include <gtest/gtest.h>
 
 #include <QAction>
 #include <QLabel>
@@ -22,7 +15,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <filesystem>
 #include <memory>
 
 namespace fs = std::filesystem;
@@ -31,12 +23,9 @@ namespace {
 
 constexpr int kBurnWaitMs = 120000;
 
-class BurnWindowTest : public ::testing::Test {
+class BurnWindowTest : public DesktopTest {
 protected:
-    BurnWindowTest() : startup_(queue_, &ui) {
-        QtTestApp();
-        fs::create_directories(output);
-        LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+    BurnWindowTest() {
         ui.SetDefaultAnswer(LMessageAnswer::No);
         RunCommand("cd " + ShellQuote(output) +
                    " && sox -n -r 44100 -c 2 -b 16 a.wav synth 1 sine 440"
@@ -63,9 +52,11 @@ protected:
         window->show();
     }
 
-    // Presses a toolbar button and finishes the burn form of the wizard it opens, keeping the
-    // headings of the pages passed.
-    void BurnFromToolbar(LMainWindow& window, int command) {
+    // Presses a toolbar button, agrees to burn, finishes the burn form of the wizard it opens
+    // (keeping the headings of the pages passed) and waits for the end of the burn: the
+    // question for another copy or the failure message. The messages shown.
+    std::vector<std::string> BurnFromToolbar(int command) {
+        ui.QueueAnswer(LMessageAnswer::Ok);
         QTimer finisher;
         QObject::connect(&finisher, &QTimer::timeout, [&] {
             auto* wizard = dynamic_cast<LSetupWizardDialog*>(QApplication::activeModalWidget());
@@ -75,12 +66,8 @@ protected:
             wizard->NextButton()->click();
         });
         finisher.start(50);
-        window.ToolAction(command)->trigger();
-    }
-
-    // Waits for the end of the burn: the question for another copy or the failure message.
-    bool WaitForBurn() {
-        return QTest::qWaitFor(
+        window->ToolAction(command)->trigger();
+        EXPECT_TRUE(QTest::qWaitFor(
             [&] {
                 for (const LInteractionCall& call : ui.Calls())
                     if (call.text.find("another copy?") != std::string::npos ||
@@ -88,7 +75,11 @@ protected:
                         return true;
                 return false;
             },
-            kBurnWaitMs);
+            kBurnWaitMs));
+        std::vector<std::string> texts;
+        for (const LInteractionCall& call : ui.Calls())
+            if (call.kind == LInteractionKind::Message) texts.push_back(call.caption + ": " + call.text);
+        return texts;
     }
 
     std::string Pane(LMainWindow& window, int pane) {
@@ -98,19 +89,7 @@ protected:
         return {};
     }
 
-    std::vector<std::string> Messages() const {
-        std::vector<std::string> texts;
-        for (const LInteractionCall& call : ui.Calls())
-            if (call.kind == LInteractionKind::Message) texts.push_back(call.caption + ": " + call.text);
-        return texts;
-    }
-
-    TempHome home;
-    fs::path output = home.Path() / "out";
     fs::path disc = home.Path() / "disc";
-    LScriptedUserInteraction ui;
-    LQtMainThreadQueue queue_;
-    LAppStartup startup_;
     std::vector<QString> headings;
     LMainWindow* shown = nullptr;
     std::unique_ptr<LMainWindow> window;
@@ -121,11 +100,8 @@ TEST_F(BurnWindowTest, BurnAudioMakesACDOfTheSelectedRowsInListOrder) {
     window->List()->selectAll();
     ASSERT_TRUE(window->ToolAction(CM_BURN_AUDIO_CD)->isEnabled());
 
-    ui.QueueAnswer(LMessageAnswer::Ok); // commence
-    BurnFromToolbar(*window, CM_BURN_AUDIO_CD);
-    ASSERT_TRUE(WaitForBurn()) << testing::PrintToString(Messages());
+    const std::vector<std::string> messages = BurnFromToolbar(CM_BURN_AUDIO_CD);
     EXPECT_EQ(headings, std::vector<QString>{"CD Burn Settings"});
-    const std::vector<std::string> messages = Messages();
     ASSERT_EQ(messages.size(), 2u) << testing::PrintToString(messages);
     EXPECT_TRUE(messages[1].find("Total Files Burned: 3\r\nTotal Duration: 0:00:06.") !=
                 std::string::npos)
@@ -150,12 +126,8 @@ TEST_F(BurnWindowTest, BurnAudioMakesACDOfTheSelectedRowsInListOrder) {
 
 TEST_F(BurnWindowTest, BurnMP3MakesADataDiscOfMP3Files) {
     UseBurner("dvd+r:" + disc.string());
-
-    ui.QueueAnswer(LMessageAnswer::Ok); // commence
-    BurnFromToolbar(*window, CM_BURN_DATA_DISC);
-    ASSERT_TRUE(WaitForBurn()) << testing::PrintToString(Messages());
+    const std::vector<std::string> messages = BurnFromToolbar(CM_BURN_DATA_DISC);
     EXPECT_EQ(headings, (std::vector<QString>{"Data CD/DVD Options", "CD/DVD Burn Settings"}));
-    const std::vector<std::string> messages = Messages();
     ASSERT_EQ(messages.size(), 2u) << testing::PrintToString(messages);
     EXPECT_NE(messages[1].find("Total Files Burned: 3\r\nTotal Size:"), std::string::npos)
         << messages[1];

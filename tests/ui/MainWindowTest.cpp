@@ -1,13 +1,8 @@
 // The main window on the offscreen platform: its menus and toolbar, renaming in place and
 // dropping files.
 #include "app/MainCommands.h"
-#include "jobs/ScriptedUserInteraction.h"
-#include "platform/Settings.h"
-#include "support/QtTestApp.h"
-#include "support/TempHome.h"
+#include "ui/DesktopTest.h"
 #include "ui/MainWindow.h"
-
-#include <gtest/gtest.h>
 
 #include <QAction>
 #include <QLineEdit>
@@ -17,30 +12,11 @@
 #include <QTest>
 #include <QToolBar>
 
-#include <filesystem>
-
 namespace fs = std::filesystem;
 
 namespace {
 
-class MainWindowTest : public ::testing::Test {
-protected:
-    MainWindowTest() {
-        QtTestApp();
-        SetUserInteraction(&ui);
-        fs::create_directories(output);
-        LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
-    }
-    ~MainWindowTest() override { SetUserInteraction(nullptr); }
-
-    static void Tone(const fs::path& path) {
-        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(path) + " synth 0.5 sine 440");
-    }
-
-    TempHome home;
-    fs::path output = home.Path() / "out";
-    LScriptedUserInteraction ui;
-};
+class MainWindowTest : public DesktopTest {};
 
 // "&Play or Split File" -> "Play or Split File"
 QStringList Texts(const QList<QAction*>& actions) {
@@ -50,7 +26,7 @@ QStringList Texts(const QList<QAction*>& actions) {
     return texts;
 }
 
-TEST_F(MainWindowTest, MenusAndToolbarFollowTheSelection) {
+TEST_F(MainWindowTest, MenusAndToolbarFollowTheSelectionAndCloseAsks) {
     Tone(output / "a.wav");
     Tone(output / "b.wav");
     LMainWindow window{LMainDialogWindows{}};
@@ -80,11 +56,8 @@ TEST_F(MainWindowTest, MenusAndToolbarFollowTheSelection) {
     EXPECT_FALSE(window.ToolAction(CM_PLAY_OR_SPLIT)->isEnabled());
     window.List()->clearSelection();
     EXPECT_FALSE(window.Action(CM_REMOVE_FILES)->isEnabled());
-}
 
-TEST_F(MainWindowTest, CloseWindowAsksAndCloses) {
-    LMainWindow window{LMainDialogWindows{}};
-    window.show();
+    // Close asks first.
     EXPECT_EQ(window.Action(CM_CLOSE_WINDOW)->shortcut().toString(), "Ctrl+W");
     ui.QueueAnswer(LMessageAnswer::Cancel);
     window.Action(CM_CLOSE_WINDOW)->trigger();

@@ -1,39 +1,24 @@
 // The play-and-split window on the offscreen platform: points set by clicking the waveform go
 // to the main window, which splits the file into its list.
-#include "app/AppStartup.h"
-#include "jobs/ScriptedUserInteraction.h"
-#include "platform/Settings.h"
-#include "support/QtTestApp.h"
-#include "support/TempHome.h"
+#include "ui/DesktopTest.h"
 #include "ui/MainWindow.h"
 #include "ui/PlayAndSplitWindow.h"
-#include "ui/QtMainThreadQueue.h"
 #include "ui/WaveWidget.h"
-
-#include <gtest/gtest.h>
 
 #include <QComboBox>
 #include <QPushButton>
 #include <QTableView>
 #include <QTest>
 
-#include <filesystem>
+namespace {
 
-namespace fs = std::filesystem;
+class PlayAndSplitWindowTest : public DesktopTest {};
 
-TEST(PlayAndSplitWindowTest, PointsClickedOnTheWaveformSplitTheFileIntoTheList) {
-    QtTestApp();
-    TempHome home;
-    LScriptedUserInteraction ui;
-    LQtMainThreadQueue queue;
-    const LAppStartup startup(queue, &ui);
+TEST_F(PlayAndSplitWindowTest, PointsClickedOnTheWaveformSplitTheFileIntoTheList) {
     setenv("VINORA_VIRTUAL_SPEAKER", ((home.Path() / "speaker.wav").string() + ",speed=0").c_str(), 1);
     setenv("PULSE_SERVER", ("unix:" + (home.Path() / "no-server").string()).c_str(), 1);
-    const fs::path output = home.Path() / "out";
-    fs::create_directories(output);
-    LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
-    const fs::path song = output / "song.wav";
-    RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(song) + " synth 3 sine 440 vol 0.5");
+    const std::filesystem::path song = output / "song.wav";
+    Tone(song, 3);
     {
         LMainWindow main{LMainDialogWindows{}};
         main.Dialog().LoadSavedAudioFiles();
@@ -78,3 +63,5 @@ TEST(PlayAndSplitWindowTest, PointsClickedOnTheWaveformSplitTheFileIntoTheList) 
     unsetenv("VINORA_VIRTUAL_SPEAKER");
     unsetenv("PULSE_SERVER");
 }
+
+} // namespace

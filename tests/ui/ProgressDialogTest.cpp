@@ -1,17 +1,13 @@
 #include "support/QtTestApp.h"
 #include "ui/ProgressDialog.h"
-#include "ui/QtUserInteraction.h"
 
 #include <gtest/gtest.h>
 
 #include <QDialogButtonBox>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
-#include <QThread>
 #include <QTimer>
 
-#include <atomic>
 #include <thread>
 
 namespace {
@@ -77,33 +73,6 @@ TEST(ProgressDialogTest, WaitsForASignalWhileTheWindowStaysLive) {
     EXPECT_EQ(ProcessRunAsDialog(nullptr, "Waiting", job), PROCESS_DONE);
     setter.join();
     EXPECT_EQ(job.result, WAIT_SIGNALED);
-}
-
-TEST(QtUserInteractionTest, AQuestionFromAWorkerIsAnsweredOnTheGuiThread) {
-    QtTestApp();
-    LQtUserInteraction interaction;
-    QThread* shownOn = nullptr;
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, [&] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (!box) return;
-        shownOn = QThread::currentThread();
-        EXPECT_EQ(box->windowTitle(), "Vinora Records Vinyl to CD Converter");
-        EXPECT_EQ(box->text(), "Stop recording?");
-        box->button(QMessageBox::No)->click();
-    });
-    poll.start(20);
-    LMessageAnswer answer = LMessageAnswer::Ok;
-    std::atomic<bool> answered{false};
-    std::thread worker([&] {
-        answer = interaction.ShowMessage("Vinora Records Vinyl to CD Converter", "Stop recording?",
-                                         LMessageButtons::YesNo);
-        answered = true;
-    });
-    EXPECT_TRUE(QTest::qWaitFor([&] { return answered.load(); }, 5000));
-    worker.join();
-    EXPECT_EQ(answer, LMessageAnswer::No);
-    EXPECT_EQ(shownOn, QApplication::instance()->thread());
 }
 
 } // namespace

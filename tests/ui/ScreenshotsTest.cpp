@@ -1,8 +1,7 @@
 // Renders each window to a PNG file in the folder named by VINORA_SCREENSHOTS, for the README
 // and for review (scripts/screenshots.sh). Skipped without it.
 #include "platform/Settings.h"
-#include "support/QtTestApp.h"
-#include "support/TempHome.h"
+#include "ui/DesktopTest.h"
 #include "ui/EncoderSettingsDialogs.h"
 #include "ui/MainWindow.h"
 #include "ui/PlayAndSplitWindow.h"
@@ -13,11 +12,9 @@
 #include "ui/RecordingWindow.h"
 #include "ui/TagEditorDialogs.h"
 #include "tags/AudioTagData.h"
-#include "devices/SoundDevices.h"
 #include "disc/CDBurnAudio.h"
 #include "drives/SystemDiscService.h"
 #include "codecs/AudioFileSource.h"
-#include "record/SoundRecordDevice.h"
 
 #include <gtest/gtest.h>
 
@@ -64,23 +61,29 @@ protected:
         if (Folder().isEmpty()) GTEST_SKIP() << "VINORA_SCREENSHOTS names no folder";
         QtTestApp();
         fs::create_directories(Folder().toStdString());
+        LMainThreadQueue::SetCurrent(&queue);
     }
+    void TearDown() override { LMainThreadQueue::SetCurrent(nullptr); }
+
+    // The recordings folder with these files of pink noise, `seconds` long.
+    fs::path Recordings(const std::vector<std::pair<const char*, int>>& files) {
+        const fs::path output = home.Path() / "Recordings";
+        fs::create_directories(output);
+        LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+        for (const auto& [name, seconds] : files)
+            RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(output / name) + " synth " +
+                       std::to_string(seconds) + " pinknoise vol 0.3 2>/dev/null");
+        return output;
+    }
+
+    TempHome home;
+    LQtMainThreadQueue queue;
 };
 
 TEST_F(Screenshots, MainWindowAndProgress) {
-    TempHome home;
-    const fs::path output = home.Path() / "Recordings";
-    fs::create_directories(output);
-    LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
-    const struct {
-        const char* name;
-        int seconds;
-    } files[] = {{"Side A 01 - Blue Moon.wav", 4}, {"Side A 02 - Night Train.wav", 6},
-                 {"Side A 03 - Harbour Lights.mp3", 5}, {"Side B 01 - Old Friends.mp3", 3},
-                 {"Side B 02 - Last Waltz.wav", 7}};
-    for (const auto& file : files)
-        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(output / file.name) + " synth " +
-                   std::to_string(file.seconds) + " pinknoise vol 0.3 2>/dev/null");
+    Recordings({{"Side A 01 - Blue Moon.wav", 4}, {"Side A 02 - Night Train.wav", 6},
+                {"Side A 03 - Harbour Lights.mp3", 5}, {"Side B 01 - Old Friends.mp3", 3},
+                {"Side B 02 - Last Waltz.wav", 7}});
     LMainWindow window{LMainDialogWindows{}};
     window.resize(900, 480);
     window.Dialog().LoadSavedAudioFiles();
@@ -92,15 +95,7 @@ TEST_F(Screenshots, MainWindowAndProgress) {
     ProcessRunAsDialog(&window, "Converting Files", job);
 
     // A session on the demo side, a moment after its first track started.
-    setenv("VINORA_VIRTUAL_TURNTABLE", ",speed=1", 1);
-    std::vector<LSoundDeviceInfo> devices;
-    GetSoundInputDevices(devices);
-    for (size_t i = 0; i < devices.size(); ++i)
-        if (devices[i].id == kVirtualTurntableId)
-            LSettingSetSoundRecordDevice("Settings", "SoundInDevice",
-                                         LSoundRecordDevice(static_cast<int>(i), 0));
-    LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
+    UseVirtualTurntable({}, 1);
     {
         LRecordingWindow recording(window.Dialog(), &window);
         recording.resize(640, 360);
@@ -111,7 +106,6 @@ TEST_F(Screenshots, MainWindowAndProgress) {
         Save(recording, "recording-window");
         recording.Page().CmStopSession(true);
     }
-    LMainThreadQueue::SetCurrent(nullptr);
     unsetenv("VINORA_VIRTUAL_TURNTABLE");
 
     LAudioTagData tags;
@@ -120,15 +114,11 @@ TEST_F(Screenshots, MainWindowAndProgress) {
     tags.SetTag("ALBUM", "Side A", true);
     tags.SetTag("GENRE", "Jazz", true);
     tags.SetTag("YEAR", "1978", true);
-    {
-        LTagEditorDialog id3(&window, tags, "/music/a.mp3");
-        id3.show();
-        Save(id3, "tag-editor-id3");
-    }
-    {
-        LTagEditorDialog wave(&window, tags, "/music/a.wav");
-        wave.show();
-        Save(wave, "tag-editor-wave");
+    for (const auto& [name, path] : {std::pair{"tag-editor-id3", "/music/a.mp3"},
+                                     std::pair{"tag-editor-wave", "/music/a.wav"}}) {
+        LTagEditorDialog editor(&window, tags, path);
+        editor.show();
+        Save(editor, name);
     }
     {
         LTagEditorDialog many(&window, tags);
@@ -138,9 +128,6 @@ TEST_F(Screenshots, MainWindowAndProgress) {
 }
 
 TEST_F(Screenshots, WizardAndPreferences) {
-    TempHome home;
-    LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
     {
         LSetupWizardDialog wizard(nullptr, [] {});
         ASSERT_TRUE(wizard.Start());
@@ -171,13 +158,9 @@ TEST_F(Screenshots, WizardAndPreferences) {
         });
         EXPECT_FALSE(edit(nullptr));
     }
-    LMainThreadQueue::SetCurrent(nullptr);
 }
 
 TEST_F(Screenshots, PlayAndSplit) {
-    TempHome home;
-    LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
     setenv("VINORA_VIRTUAL_SPEAKER", ((home.Path() / "speaker.wav").string() + ",speed=0").c_str(), 1);
     const fs::path song = home.Path() / "Side A 03.wav";
     RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(song) +
@@ -203,24 +186,14 @@ TEST_F(Screenshots, PlayAndSplit) {
         Save(window, "play-and-split");
     }
     unsetenv("VINORA_VIRTUAL_SPEAKER");
-    LMainThreadQueue::SetCurrent(nullptr);
 }
 
-} // namespace
-
 TEST_F(Screenshots, Burning) {
-    TempHome home;
-    LQtMainThreadQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
     const fs::path disc = home.Path() / "disc";
     SetDiscService(std::make_shared<LSystemDiscService>("cd-r:" + disc.string() + ",slow=20", false));
-    const fs::path output = home.Path() / "Recordings";
-    fs::create_directories(output);
-    LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
-    for (const char* name : {"Side A 01 - Blue Moon.wav", "Side A 02 - Night Train.wav",
-                             "Side A 03 - Harbour Lights.wav"})
-        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(output / name) +
-                   " synth 25 pinknoise vol 0.3 2>/dev/null");
+    const fs::path output = Recordings({{"Side A 01 - Blue Moon.wav", 25},
+                                        {"Side A 02 - Night Train.wav", 25},
+                                        {"Side A 03 - Harbour Lights.wav", 25}});
 
     // The main window's status bar with the selection's playing time against the blank CD.
     LUserSettingSet<int>("OutputFormat", "OutputFormatNum", 4);
@@ -276,5 +249,6 @@ TEST_F(Screenshots, Burning) {
     EXPECT_EQ(ProcessRunAsDialog(nullptr, "Burn Audio CD", job), PROCESS_DONE);
     EXPECT_TRUE(taken);
     SetDiscService(nullptr);
-    LMainThreadQueue::SetCurrent(nullptr);
 }
+
+} // namespace

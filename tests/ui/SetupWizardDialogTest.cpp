@@ -1,19 +1,12 @@
 // The setup wizard and the preferences as windows on the offscreen platform: every page walked
 // with the keyboard's buttons and read back through vinora-cli, and the first start of the
 // program opening the wizard and then the recording window.
-#include "app/AppStartup.h"
-#include "jobs/ScriptedUserInteraction.h"
-#include "platform/Settings.h"
-#include "support/QtTestApp.h"
-#include "support/TempHome.h"
+#include "ui/DesktopTest.h"
 #include "ui/DesktopWindows.h"
 #include "ui/MainWindow.h"
 #include "ui/PreferencesDialog.h"
-#include "ui/QtMainThreadQueue.h"
 #include "ui/RecordingWindow.h"
 #include "ui/SetupWizardDialog.h"
-
-#include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -27,27 +20,18 @@
 #include <QTest>
 #include <QTimer>
 
-#include <filesystem>
-
 namespace fs = std::filesystem;
 
 namespace {
 
+// The control of that accessible name, or of that text where it has one.
 template <typename T> T* Named(QWidget& window, const QString& name) {
-    for (T* widget : window.findChildren<T*>())
-        if (widget->accessibleName() == name || widget->text() == name) return widget;
-    return nullptr;
-}
-
-template <> QComboBox* Named<QComboBox>(QWidget& window, const QString& name) {
-    for (QComboBox* widget : window.findChildren<QComboBox*>())
+    for (T* widget : window.findChildren<T*>()) {
         if (widget->accessibleName() == name) return widget;
-    return nullptr;
-}
-
-template <> QSpinBox* Named<QSpinBox>(QWidget& window, const QString& name) {
-    for (QSpinBox* widget : window.findChildren<QSpinBox*>())
-        if (widget->accessibleName() == name) return widget;
+        if constexpr (requires { widget->text(); }) {
+            if (widget->text() == name) return widget;
+        }
+    }
     return nullptr;
 }
 
@@ -58,15 +42,7 @@ std::string Stored(const std::string& section, const std::string& key) {
     return value;
 }
 
-class SetupWizardDialogTest : public ::testing::Test {
-protected:
-    SetupWizardDialogTest() : startup_(queue_, &ui_) { QtTestApp(); }
-
-    TempHome home_;
-    LScriptedUserInteraction ui_;
-    LQtMainThreadQueue queue_;
-    LAppStartup startup_;
-};
+class SetupWizardDialogTest : public DesktopTest {};
 
 TEST_F(SetupWizardDialogTest, StoresEveryPageItWalksThrough) {
     bool started = false;
@@ -106,7 +82,7 @@ TEST_F(SetupWizardDialogTest, StoresEveryPageItWalksThrough) {
     Named<QComboBox>(wizard, "Output format")->setCurrentIndex(0);
     Named<QLineEdit>(wizard, "File name pattern")->setText("Side A");
     Named<QCheckBox>(wizard, "Also &copy each file to:")->setChecked(true);
-    const fs::path copies = home_.Path() / "Copies";
+    const fs::path copies = home.Path() / "Copies";
     Named<QLineEdit>(wizard, "Copy folder")->setText(QString::fromStdString(copies.string()));
     wizard.NextButton()->click();
     EXPECT_EQ(wizard.Heading(), "The Wizard Setup is now complete.");
@@ -151,7 +127,7 @@ TEST_F(SetupWizardDialogTest, PreferencesKeepTheSheetOpenOnARefusal) {
     preferences.accept();
     EXPECT_TRUE(preferences.isVisible());
     EXPECT_EQ(preferences.Tabs()->currentIndex(), 0);
-    EXPECT_EQ(ui_.Calls().back().caption, "Vinora Records Vinyl to CD Converter");
+    EXPECT_EQ(ui.Calls().back().caption, "Vinora Records Vinyl to CD Converter");
     // A label of a row of several controls still has a working mnemonic, not a literal "&".
     QLabel* folder = Named<QLabel>(preferences, "Recordings &folder:");
     ASSERT_NE(folder, nullptr);
