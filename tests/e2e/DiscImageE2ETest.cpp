@@ -1,23 +1,17 @@
 // Images made by vinora-cli mkiso, read back by tools nobody here wrote: isoinfo, 7z, udfinfo
 // and xorriso.
-#include "burn/BurnMediaTypes.h"
-#include "support/DiscTreeFiles.h"
-#include "support/TempHome.h"
+#include "E2ETestUtil.h"
 
-#include <gtest/gtest.h>
+#include "burn/BurnMediaTypes.h"
 
 #include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <random>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 std::string Mkiso(const std::string& arguments, int* status) {
-    return RunCommand(std::string(VINORA_CLI) + " mkiso " + arguments + " 2>&1", status);
+    return Cli("mkiso " + arguments, status);
 }
 
 } // namespace
@@ -25,13 +19,7 @@ std::string Mkiso(const std::string& arguments, int* status) {
 TEST(DiscImageE2E, HybridImageReadsBackWithEveryTool) {
     TempHome home;
     const fs::path tree = home.Path() / "Collection";
-    const std::string longName = "Ünïcödé " + std::string(40, 'x') + " ßßßß tune.mp3";
-    ASSERT_GT(longName.size(), 64u);
-    WriteTreeFile(tree / "Side A" / "Deeper" / "Deepest" / longName, RandomBytes(5000, 1));
-    WriteTreeFile(tree / "Side A" / "Report 1.doc", "with a space");
-    WriteTreeFile(tree / "Side A" / "Report1.doc", "without");
-    WriteTreeFile(tree / "empty.wav", "");
-    WriteTreeFile(tree / "exact.bin", RandomBytes(2048, 2));
+    WriteNamesTree(tree);
     WriteTreeFile(tree / "odd\x07name.txt", "control character");
     // 300 MB, mostly a hole, with data at both ends.
     const fs::path big = tree / "Side B" / "whole side.wav";
