@@ -13,12 +13,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <numbers>
 #include <string>
 #include <vector>
 
@@ -52,14 +50,11 @@ protected:
     // side needs its own name: the turntable keeps its place in a file between recordings.
     void PlaySide(const std::string& name, double seconds) {
         const fs::path side = home_.Path() / name;
-        LSoundSink sink = LWaveFile::OpenSinkPCM(side.c_str(), kRate, 2, 16, 0);
-        const int frames = static_cast<int>(seconds * kRate);
-        std::vector<int> samples(static_cast<size_t>(frames) * 2);
-        for (int f = 0; f < frames; ++f)
-            samples[2 * f] = samples[2 * f + 1] =
-                static_cast<int>(262144 * std::sin(2 * std::numbers::pi * 440 * f / kRate));
-        sink->Write(samples.data(), frames);
-        sink.Close();
+        int status = -1;
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(side) + " synth " +
+                       std::to_string(seconds) + " sine 440 vol 0.5",
+                   &status);
+        ASSERT_EQ(status, 0);
         setenv("VINORA_VIRTUAL_TURNTABLE", (side.string() + ",speed=0").c_str(), 1);
     }
 
