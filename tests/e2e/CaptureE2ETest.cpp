@@ -1,10 +1,8 @@
 #include "E2ETestUtil.h"
 
 #include "codecs/WaveFile.h"
-#include "devices/DemoSide.h"
 #include "support/ToneSignals.h"
 
-#include <algorithm>
 
 namespace {
 
@@ -55,27 +53,6 @@ TEST_F(CaptureE2E, RecordsAToneFromTheSinkMonitor) {
             ChannelValues(samples, 2, channel, 8820, frames - 8820 - 441);
         EXPECT_LT(ResidualDB(values, 44100, 1000), -40) << "channel " << channel;
     }
-}
-
-// The Virtual Turntable's demo side, read as fast as the recorder takes it, is recorded whole
-// and bit for bit: it ends with the side (rounded up to a 100 ms buffer) and exits 0.
-TEST(CaptureDemoE2E, RecordsTheWholeDemoSideOfTheVirtualTurntable) {
-    TempHome home;
-    const std::string out = (home.Path() / "side.wav").string();
-    int status = -1;
-    const std::string output = CaptureDemoSide(out, &status);
-    ASSERT_EQ(status, 0) << output;
-
-    LSoundSource side(new LDemoSide);
-    const int length = side->GetEndSample();
-    const std::vector<int> recorded = ReadWave(out);
-    const int frames = static_cast<int>(recorded.size() / 2);
-    ASSERT_GE(frames, length);
-    ASSERT_LT(frames, length + 4410);
-    std::vector<int> expected = ReadFrames(side, frames);
-    for (int& value : expected)
-        value = std::clamp((value + 8) >> 4, -32768, 32767) * 16;
-    EXPECT_TRUE(recorded == expected);
 }
 
 // SIGTERM while recording stops it with exit code 1 and leaves a finished, readable file.

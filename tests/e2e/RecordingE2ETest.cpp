@@ -1,8 +1,11 @@
-// Recording sessions end to end: a whole side split into its tracks by vinora-cli split-side,
-// converted by the queue; a session killed in its second track loses nothing already kept.
+// Recording sessions end to end: a whole side captured and split into its tracks by vinora-cli
+// split-side, or recorded live, converted by the queue; a session killed in its second track
+// loses nothing already kept.
 #include "E2ETestUtil.h"
 
+#include "codecs/WaveFile.h"
 #include "devices/DemoSide.h"
+#include "support/ToneSignals.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -80,6 +83,21 @@ std::vector<std::string> ExpectDemoTracks(const std::string& printed, double* to
     return paths;
 }
 
+// The demo side, captured from the Virtual Turntable as fast as the recorder takes it, is in
+// the file whole and bit for bit: it ends with the side, rounded up to a 100 ms buffer.
+void ExpectWholeDemoSide(const fs::path& captured) {
+    LSoundSource side(new LDemoSide);
+    LSoundSource file = LWaveFile::OpenSource(captured.c_str());
+    ASSERT_EQ(file->GetError(), sndErrNone);
+    const int frames = file->GetEndSample();
+    ASSERT_GE(frames, side->GetEndSample());
+    ASSERT_LT(frames, side->GetEndSample() + 4410);
+    std::vector<int> expected = ReadFrames(side, frames);
+    for (int& value : expected)
+        value = std::clamp((value + 8) >> 4, -32768, 32767) * 16;
+    EXPECT_TRUE(ReadFrames(file, frames) == expected);
+}
+
 // The queue turns every track into a file that decodes and carries the track's name.
 void ExpectConvertedTracks(const std::vector<std::string>& paths) {
     int status = -1;
@@ -95,14 +113,16 @@ void ExpectConvertedTracks(const std::vector<std::string>& paths) {
     }
 }
 
-// The side, played into the Virtual Speaker while it is recorded, is heard across every split.
+// The demo side, captured whole, then played into the Virtual Speaker while it is recorded, is
+// heard across every split.
 TEST(RecordingE2E, SplitsTheDemoSideIntoItsTracks) {
     TempHome home;
     const fs::path side = home.Path() / "side.wav";
     const fs::path heard = home.Path() / "heard.wav";
     int status = -1;
-    CaptureDemoSide(side, &status);
-    ASSERT_EQ(status, 0);
+    const std::string captured = CaptureDemoSide(side, &status);
+    ASSERT_EQ(status, 0) << captured;
+    ExpectWholeDemoSide(side);
     Cli("settings set OutputFormat OutputFormatNum 1");
     Cli("settings set Settings PlaybackAudioWhileRecording 1");
     Cli("settings set Player Device 'Virtual Speaker'");
