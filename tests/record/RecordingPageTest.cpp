@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -72,9 +73,7 @@ protected:
     }
 
     bool Posted(int message, int value) const {
-        for (const auto& [m, v] : posted_)
-            if (m == message && v == value) return true;
-        return false;
+        return std::ranges::find(posted_, std::pair{message, value}) != posted_.end();
     }
 
     std::string OutputFolder() override { return Output().string(); }
