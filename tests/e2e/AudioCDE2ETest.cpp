@@ -72,10 +72,10 @@ TEST_F(AudioCDE2E, ThreeFilesBecomeThreeTracksSampleForSample) {
     }
 
     // The disc is burnt now: a second burn waits for another disc until it is stopped.
-    const std::string waiting = Cli("burn-audio odd.wav", &status,
-                                    InHome() + Env("VINORA_VIRTUAL_BURNER", disc) +
-                                        "timeout --preserve-status -s INT 3 ",
-                                    "2>&1; echo exit=$?");
+    const std::string waiting =
+        Cli("burn-audio odd.wav", &status,
+            InHome() + Env("VINORA_VIRTUAL_BURNER", disc) + "timeout --preserve-status -s INT 3 ",
+            "2>&1; echo exit=$?");
     EXPECT_NE(waiting.find("Please insert a media ..."), std::string::npos) << waiting;
     EXPECT_NE(waiting.find("exit=1\n"), std::string::npos) << waiting; // stopped
     EXPECT_EQ(fs::file_size(File("disc.bin")) % 2352, 0u);

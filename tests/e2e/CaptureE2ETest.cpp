@@ -3,7 +3,6 @@
 #include "codecs/WaveFile.h"
 #include "support/ToneSignals.h"
 
-
 namespace {
 
 std::string Capture(const std::string& out, const std::string& arguments) {
@@ -28,15 +27,16 @@ TEST_F(CaptureE2E, RecordsAToneFromTheSinkMonitor) {
     ASSERT_TRUE(SoxSynth(tone, 44100, 2, "30 sine 1000 vol 0.25"));
 
     int status = -1;
-    const std::string output = RunCommand(
-        "paplay --device=turntable " + ShellQuote(tone) + " & player=$!; " +
-            Capture(out, "--device turntable.monitor --seconds 3 --threshold -40") +
-            " 2>&1; status=$?; kill $player; wait $player; exit $status",
-        &status);
+    const std::string output =
+        RunCommand("paplay --device=turntable " + ShellQuote(tone) + " & player=$!; " +
+                       Capture(out, "--device turntable.monitor --seconds 3 --threshold -40") +
+                       " 2>&1; status=$?; kill $player; wait $player; exit $status",
+                   &status);
     ASSERT_EQ(status, 0) << output;
 
     const std::string info = RunCommand("soxi " + ShellQuote(out));
-    for (const char* line : {"Channels       : 2", "Sample Rate    : 44100", "Precision      : 16-bit"})
+    for (const char* line :
+         {"Channels       : 2", "Sample Rate    : 44100", "Precision      : 16-bit"})
         EXPECT_NE(info.find(line), std::string::npos) << info;
     const std::vector<int> samples = ReadWave(out);
     const int frames = static_cast<int>(samples.size() / 2);
@@ -46,7 +46,8 @@ TEST_F(CaptureE2E, RecordsAToneFromTheSinkMonitor) {
     // Past the start of the tone (the first buffer may hold some silence before it); sox
     // estimates the frequency of one channel only.
     const std::string trimmed = "sox " + ShellQuote(out) + " -n trim 0.2 ";
-    EXPECT_NEAR(SoxValue(RunCommand(trimmed + "remix 1 stat 2>&1"), "Rough   frequency:"), 1000, 10);
+    EXPECT_NEAR(SoxValue(RunCommand(trimmed + "remix 1 stat 2>&1"), "Rough   frequency:"), 1000,
+                10);
     EXPECT_NEAR(SoxValue(RunCommand(trimmed + "stats 2>&1"), "RMS lev dB"), -12.04 - 3.01, 1.0);
     for (int channel = 0; channel < 2; ++channel) {
         const std::vector<double> values =

@@ -74,8 +74,8 @@ TEST_F(DataDiscE2E, UsedRewritablesAreErasedThenBurntAndVerified) {
         SCOPED_TRACE(media);
         const fs::path disc = home.Path() / ("disc-" + media);
         int status = -1;
-        const std::string said = Cli("burn-data Small --erase --verify", &status,
-                                     media + ":" + disc.string() + ",used");
+        const std::string said =
+            Cli("burn-data Small --erase --verify", &status, media + ":" + disc.string() + ",used");
         EXPECT_EQ(status, 0) << said;
         const fs::path work = home.Path() / ("read-" + media);
         EXPECT_EQ(ExpectExtractedTree(disc, tree, home.Path(), work).size(), 1u);

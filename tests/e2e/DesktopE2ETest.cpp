@@ -43,7 +43,8 @@ TEST(DesktopE2E, ListsTheFolderAndAddsWhatTheQueueConverts) {
     std::string shown;
     for (int i = 0; i < 300; ++i) {
         shown = FileText(status);
-        if (CountLines(shown, "row: ") == 4 && shown.find("pane 2: No Files Queued") != std::string::npos)
+        if (CountLines(shown, "row: ") == 4 &&
+            shown.find("pane 2: No Files Queued") != std::string::npos)
             break;
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }

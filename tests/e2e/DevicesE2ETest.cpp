@@ -74,7 +74,8 @@ TEST_F(DevicesE2ETest, ListsTheServersSinkAndMonitorBeforeTheVirtualDevices) {
         << listing;
     EXPECT_NE(listing.find("  Virtual Speaker [virtual-speaker]\n"), std::string::npos) << listing;
 
-    const std::string alone = Cli("devices", &status, "PULSE_SERVER=unix:/nonexistent/native ", "2>/dev/null");
+    const std::string alone =
+        Cli("devices", &status, "PULSE_SERVER=unix:/nonexistent/native ", "2>/dev/null");
     EXPECT_EQ(status, 0);
     EXPECT_EQ(alone, "Input devices:\n  Virtual Turntable [virtual-turntable] (default)\n"
                      "Output devices:\n  Virtual Speaker [virtual-speaker] (default)\n");

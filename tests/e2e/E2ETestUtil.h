@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -99,8 +100,7 @@ inline std::filesystem::path QueueFile(const TempHome& home) {
     std::snprintf(request.destinationPath, sizeof request.destinationPath, "%s",
                   destination.c_str());
     std::snprintf(request.outputFolder, sizeof request.outputFolder, "%s", folder.c_str());
-    std::snprintf(request.outputExtension, sizeof request.outputExtension, "%s",
-                  extension.c_str());
+    std::snprintf(request.outputExtension, sizeof request.outputExtension, "%s", extension.c_str());
     request.restore = 0;
     request.deleteSource = deleteSource;
     std::filesystem::create_directories(AppData(home));
@@ -169,8 +169,8 @@ private:
 };
 
 // One channel of interleaved 16-bit stereo, frames [first, first + count) as far as it goes.
-inline std::vector<double> Channel16(const std::vector<int16_t>& samples, int channel,
-                                     size_t first, size_t count) {
+inline std::vector<double> Channel16(const std::vector<int16_t>& samples, int channel, size_t first,
+                                     size_t count) {
     std::vector<double> values;
     for (size_t f = first; f < first + count && 2 * f + 1 < samples.size(); ++f)
         values.push_back(samples[2 * f + channel]);

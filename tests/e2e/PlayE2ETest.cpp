@@ -65,8 +65,8 @@ TEST(PlayE2EWithoutServer, RefusesWhatItCannotPlay) {
     };
     for (const auto& c : cases) {
         int status = -1;
-        const std::string output =
-            Play(c.arguments, &status, Env("PULSE_SERVER", "unix:" + (home.Path() / "none").string()));
+        const std::string output = Play(
+            c.arguments, &status, Env("PULSE_SERVER", "unix:" + (home.Path() / "none").string()));
         EXPECT_EQ(status, 2) << c.arguments;
         EXPECT_NE(output.find(c.said), std::string::npos) << output;
     }

@@ -179,7 +179,8 @@ TEST_F(QueueCrashE2E, RandomKillsNeverLoseOrHalveARecording) {
         char recording[260];
         ASSERT_TRUE(GetTempFile("/var/tmp/", recording, ".wav"));
         const double seconds = 3 + i;
-        ASSERT_TRUE(SoxSynth(recording, 44100, 2, std::to_string(seconds) + " sine 300-3000 vol 0.5"));
+        ASSERT_TRUE(
+            SoxSynth(recording, 44100, 2, std::to_string(seconds) + " sine 300-3000 vol 0.5"));
         const fs::path output = out / ("Track " + std::to_string(i + 1) + (i % 2 ? ".wav" : ".mp3"));
         ASSERT_TRUE(QueueRequest(home_, recording, out, output, output.extension(), true));
         queued.push_back({recording, output, seconds});

@@ -174,8 +174,9 @@ TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {
     TempHome home;
     const fs::path side = home.Path() / "side.wav";
     // One 4 s song, 3 s of quiet, then a song long enough to be killed in.
-    ASSERT_TRUE(SoxSynth(side, 44100, 2,
-                         "4 sine 440 vol 0.5 : synth 3 whitenoise vol 0.001 : synth 30 sine 330 vol 0.5"));
+    ASSERT_TRUE(
+        SoxSynth(side, 44100, 2,
+                 "4 sine 440 vol 0.5 : synth 3 whitenoise vol 0.001 : synth 30 sine 330 vol 0.5"));
     Cli("settings set OutputFormat OutputFormatNum 0");
     const fs::path printed = home.Path() / "printed.txt";
     const pid_t pid = fork();

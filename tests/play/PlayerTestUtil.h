@@ -60,7 +60,8 @@ protected:
 
     // Plays `speed` times real time from now on (0: as fast as it can).
     void SetSpeakerSpeed(int speed) {
-        setenv("VINORA_VIRTUAL_SPEAKER", (output_.string() + ",speed=" + std::to_string(speed)).c_str(), 1);
+        setenv("VINORA_VIRTUAL_SPEAKER",
+               (output_.string() + ",speed=" + std::to_string(speed)).c_str(), 1);
     }
 
     // Runs the main-thread queue until the player has stopped (a minute at most, so that a

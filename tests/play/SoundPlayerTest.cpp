@@ -177,7 +177,6 @@ TEST_F(PlayerTest, LouderThanSixteenBitSourcesAreLimitedNotClipped) {
     EXPECT_LT(ResidualDB(middle, 8000, 200), -30);
 }
 
-
 // A feeder that never runs: the device layer is driven by hand.
 class IdleThread : public LThread {
 public:

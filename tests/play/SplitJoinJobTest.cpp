@@ -164,7 +164,8 @@ int Peak16(const std::vector<int>& samples, size_t start, size_t end) {
 
 TEST_F(SplitJoinJobTest, JoinMakesOneCdFormatFileNormalisingEachPart) {
     const fs::path mono = Make("name1.wav", 22050, 1, 1, "sine 500 vol 0.3");
-    const fs::path stereo = Mp3(Make("name2.wav", 48000, 2, 1, "sine 700 vol 0.9"), "name2.mp3", 192);
+    const fs::path stereo =
+        Mp3(Make("name2.wav", 48000, 2, 1, "sine 700 vol 0.9"), "name2.mp3", 192);
 
     const auto [result, output] = Join({mono.string(), stereo.string()}, home.Path() / "out");
     ASSERT_EQ(result, PROCESS_DONE);
@@ -210,8 +211,10 @@ TEST_F(SplitJoinJobTest, OutputsNeverReplaceAFileAndAStopOrFailureLeavesNothing)
         WriteFileBytes(out / name, {'m', 'i', 'n', 'e'});
     const auto before = FolderContents(out);
     for (const int stopAfter : {0, 8, 18}) {
-        EXPECT_EQ(Join({a.string(), b.string()}, out, stopAfter).first, PROCESS_FAILED) << stopAfter;
-        EXPECT_EQ(Join({b.string(), a.string()}, out, stopAfter).first, PROCESS_FAILED) << stopAfter;
+        EXPECT_EQ(Join({a.string(), b.string()}, out, stopAfter).first, PROCESS_FAILED)
+            << stopAfter;
+        EXPECT_EQ(Join({b.string(), a.string()}, out, stopAfter).first, PROCESS_FAILED)
+            << stopAfter;
         EXPECT_EQ(FolderContents(out), before) << stopAfter;
     }
 
