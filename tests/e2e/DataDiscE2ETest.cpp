@@ -1,12 +1,7 @@
 // vinora-cli burn-data onto the Virtual Burner's DVD+R: with a fixed SOURCE_DATE_EPOCH the disc
 // holds, block for block, what vinora-cli mkiso writes for the same tree; isoinfo, udfinfo and
 // 7z read it back file for file; and the finalised disc takes nothing more.
-#include "support/DiscTreeFiles.h"
-#include "support/TempHome.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
+#include "E2ETestUtil.h"
 
 namespace fs = std::filesystem;
 
@@ -14,40 +9,37 @@ namespace {
 
 class DataDiscE2E : public ::testing::Test {
 protected:
-    // Runs vinora-cli in the home folder with the reproducible clock and `environment`.
-    std::string Cli(const std::string& arguments, int* status, const std::string& environment = "") {
-        return RunCommand("cd " + ShellQuote(home.Path()) + " && SOURCE_DATE_EPOCH=1700000000 " +
-                              environment + VINORA_CLI + " " + arguments + " 2>&1",
-                          status);
+    // The tray stays in after a burn: verifying then needs nobody to close it.
+    void SetUp() override {
+        int status = -1;
+        Cli("settings set CDRecorder CDLoadEject 0", &status);
+        ASSERT_EQ(status, 0);
+    }
+
+    // Runs vinora-cli in the home folder with the reproducible clock and the Virtual Burner
+    // set to `burner`.
+    std::string Cli(const std::string& arguments, int* status, const std::string& burner = "") {
+        return ::Cli(arguments, status,
+                     "cd " + ShellQuote(home.Path()) + " && SOURCE_DATE_EPOCH=1700000000 " +
+                         (burner.empty() ? "" : Env("VINORA_VIRTUAL_BURNER", burner)));
     }
 
     TempHome home;
 };
 
-} // namespace
-
 TEST_F(DataDiscE2E, BurntDVDPlusREqualsTheImageAndReadsBackWithEveryTool) {
     const fs::path tree = home.Path() / "Archive";
-    const std::string longName = "Ünïcödé " + std::string(40, 'x') + " ßßßß tune.mp3";
-    ASSERT_GT(longName.size(), 64u);
-    WriteTreeFile(tree / "Side A" / "Deeper" / "Deepest" / longName, RandomBytes(5000, 1));
-    WriteTreeFile(tree / "Side A" / "Report 1.doc", "with a space");
-    WriteTreeFile(tree / "Side A" / "Report1.doc", "without");
+    WriteNamesTree(tree);
     WriteTreeFile(tree / "Side A" / "Recording of the first side.wav", RandomBytes(3000, 2));
     WriteTreeFile(tree / "Side A" / "Recording of the second side.wav", RandomBytes(3001, 3));
-    WriteTreeFile(tree / "empty.wav", "");
-    WriteTreeFile(tree / "exact.bin", RandomBytes(2048, 4));
     WriteTreeFile(tree / "Side B" / "whole side.wav", RandomBytes(50u * 1024 * 1024, 5));
 
     int status = -1;
-    // The tray stays in after the burn: verifying then needs nobody to close it.
-    Cli("settings set CDRecorder CDLoadEject 0", &status);
-    ASSERT_EQ(status, 0);
     const fs::path image = home.Path() / "archive.iso";
     std::string said = Cli("mkiso " + ShellQuote(image) + " --label Archive --project 9 Archive", &status);
     ASSERT_EQ(status, 0) << said;
     const fs::path disc = home.Path() / "disc";
-    const std::string burner = "VINORA_VIRTUAL_BURNER=" + ShellQuote("dvd+r:" + disc.string()) + " ";
+    const std::string burner = "dvd+r:" + disc.string();
     said = Cli("burn-data Archive --label Archive --project 9 --verify", &status, burner);
     ASSERT_EQ(status, 0) << said;
     EXPECT_NE(said.find("Verifying the burn"), std::string::npos) << said;
@@ -78,16 +70,16 @@ TEST_F(DataDiscE2E, BurntDVDPlusREqualsTheImageAndReadsBackWithEveryTool) {
 TEST_F(DataDiscE2E, UsedRewritablesAreErasedThenBurntAndVerified) {
     const fs::path tree = home.Path() / "Small";
     WriteTreeFile(tree / "Side A" / "track.wav", RandomBytes(300000, 6));
-    int status = -1;
-    Cli("settings set CDRecorder CDLoadEject 0", &status);
-    for (const char* media : {"cd-rw", "dvd-rw", "dvd+rw", "bd-re"}) {
+    for (const std::string media : {"cd-rw", "dvd-rw", "dvd+rw", "bd-re"}) {
         SCOPED_TRACE(media);
-        const fs::path disc = home.Path() / (std::string("disc-") + media);
-        const std::string burner = "VINORA_VIRTUAL_BURNER=" +
-                                   ShellQuote(std::string(media) + ":" + disc.string() + ",used") + " ";
-        const std::string said = Cli("burn-data Small --erase --verify", &status, burner);
+        const fs::path disc = home.Path() / ("disc-" + media);
+        int status = -1;
+        const std::string said =
+            Cli("burn-data Small --erase --verify", &status, media + ":" + disc.string() + ",used");
         EXPECT_EQ(status, 0) << said;
-        const fs::path work = home.Path() / (std::string("read-") + media);
+        const fs::path work = home.Path() / ("read-" + media);
         EXPECT_EQ(ExpectExtractedTree(disc, tree, home.Path(), work).size(), 1u);
     }
 }
+
+} // namespace

@@ -1,24 +1,15 @@
 // The processing queue of vinora-cli killed (SIGKILL) while it converts, then run again: what
 // the next run does with the requests left in the queue file.
-#include "app/ProcessListThread.h"
-#include "platform/FileOps.h"
-#include "support/TempHome.h"
+#include "E2ETestUtil.h"
 
-#include <gtest/gtest.h>
+#include "platform/FileOps.h"
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <random>
-#include <set>
 #include <sys/prctl.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -33,13 +24,6 @@ constexpr int kShortSeconds = 5;
 // Output that shows the encoder is well into the first request (four seconds of 128 kbit/s).
 constexpr std::uintmax_t kUnderWay = 64 * 1024;
 
-std::set<std::string> Names(const fs::path& folder) {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder))
-        names.insert(entry.path().filename().string());
-    return names;
-}
-
 class QueueCrashE2E : public testing::Test {
 protected:
     // Processes orphaned by the killed program (the encoder it was feeding) become children of
@@ -47,35 +31,24 @@ protected:
     void SetUp() override { ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); }
     void TearDown() override { prctl(PR_SET_CHILD_SUBREAPER, 0); }
 
-    std::string PathOf(const std::string& name) const { return (home_.Path() / name).string(); }
-    fs::path QueueFile() const {
-        return home_.DataHome() / "Brakwater Software/Vinora/vnprocesses.list";
+    fs::path PathOf(const std::string& name) const { return home_.Path() / name; }
+
+    // A long and a short recording, queued as `outputs` from the long one on.
+    void QueueLongThenShort(const std::vector<std::string>& outputs, const std::string& options) {
+        ASSERT_TRUE(SoxSynth(PathOf("long.wav"), 44100, 2,
+                             std::to_string(kLongSeconds) + " sine 300-3000 vol 0.5"));
+        ASSERT_TRUE(SoxSynth(PathOf("short.wav"), 44100, 2,
+                             std::to_string(kShortSeconds) + " sine 300-3000 vol 0.5"));
+        for (size_t i = 0; i < outputs.size(); ++i) {
+            int status = -1;
+            const std::string printed =
+                Cli("queue add " + ShellQuote(PathOf(i == 0 ? "long.wav" : "short.wav")) + " " +
+                        ShellQuote(PathOf(outputs[i])) + " " + options,
+                    &status);
+            ASSERT_EQ(status, 0) << printed;
+        }
     }
 
-    std::string Cli(const std::string& arguments, int* status) const {
-        return RunCommand(std::string(VINORA_CLI) + " " + arguments + " 2>&1", status);
-    }
-
-    void MakeWave(const std::string& name, int seconds) const {
-        int status = -1;
-        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(PathOf(name)) + " synth " +
-                       std::to_string(seconds) + " sine 300-3000 vol 0.5",
-                   &status);
-        ASSERT_EQ(status, 0);
-    }
-
-    void Queue(const std::string& source, const std::string& destination,
-               const std::string& options = "") const {
-        int status = -1;
-        const std::string printed = Cli("queue add " + ShellQuote(PathOf(source)) + " " +
-                                            ShellQuote(PathOf(destination)) + " " + options,
-                                        &status);
-        ASSERT_EQ(status, 0) << printed;
-    }
-
-    // Starts "vinora-cli queue run" in its own process group and kills it with SIGKILL as soon
-    // as `output` (the hidden file an output is written to) holds kUnderWay bytes; then waits
-    // until everything it started has ended.
     // Starts "vinora-cli queue run" in a process group of its own; its process ID.
     static pid_t StartQueueRun() {
         const pid_t child = fork();
@@ -91,6 +64,15 @@ protected:
         return child;
     }
 
+    // Waits until everything the killed run started has ended: the encoder sees the end of
+    // its input and finishes what it wrote.
+    static void WaitForGroup(pid_t child) {
+        while (waitpid(-child, nullptr, 0) > 0 || errno == EINTR) {
+        }
+    }
+
+    // Starts a queue run and kills it with SIGKILL as soon as `output` (the hidden file an
+    // output is written to) holds kUnderWay bytes.
     void RunAndKillWhileWriting(const std::string& output) const {
         const pid_t child = StartQueueRun();
         ASSERT_NE(child, -1);
@@ -107,40 +89,33 @@ protected:
         kill(child, SIGKILL);
         ASSERT_EQ(waitpid(child, &status, 0), child);
         EXPECT_TRUE(WIFSIGNALED(status));
-        // The encoder sees the end of its input and finishes what it wrote.
-        while (waitpid(-child, nullptr, 0) > 0 || errno == EINTR) {
-        }
+        WaitForGroup(child);
     }
 
     // The queue file's resume count and the number of whole records it holds.
     std::pair<int, std::size_t> QueueState() const {
-        std::ifstream in(QueueFile(), std::ios::binary);
-        unsigned char header[kHeaderSize] = {};
-        in.read(reinterpret_cast<char*>(header), kHeaderSize);
-        const std::uintmax_t size = fs::file_size(QueueFile());
-        return {header[2] | header[3] << 8,
-                size > kHeaderSize ? (size - kHeaderSize) / kRecordSize : 0};
+        const std::string bytes = FileText(QueueFile(home_));
+        if (bytes.size() < kHeaderSize) return {0, 0};
+        return {static_cast<unsigned char>(bytes[2]) | static_cast<unsigned char>(bytes[3]) << 8,
+                (bytes.size() - kHeaderSize) / kRecordSize};
     }
 
-    // The length sox decodes from the whole file, in seconds; -1 when it cannot.
+    std::uintmax_t QueueSize() const {
+        return fs::exists(QueueFile(home_)) ? fs::file_size(QueueFile(home_)) : 0;
+    }
+
+    // The length sox decodes from the whole file, in seconds.
     double DecodedSeconds(const std::string& name) const {
-        int status = -1;
-        const std::string report =
-            RunCommand("sox " + ShellQuote(PathOf(name)) + " -n stat 2>&1", &status);
-        const std::size_t at = report.find("Length (seconds):");
-        if (status != 0 || at == std::string::npos) return -1;
-        return std::atof(report.c_str() + at + 17);
+        return SoxValue(RunCommand("sox " + ShellQuote(PathOf(name)) + " -n stat 2>&1"),
+                        "Length (seconds):");
     }
 
     TempHome home_;
 };
 
 TEST_F(QueueCrashE2E, RequestsLeftByAKilledRunAreEachConvertedOnceByTheNext) {
-    MakeWave("long.wav", kLongSeconds);
-    MakeWave("short.wav", kShortSeconds);
-    Queue("long.wav", "out/a.mp3", "--copy-to " + ShellQuote(PathOf("copies")));
-    Queue("short.wav", "out/b.wav", "--copy-to " + ShellQuote(PathOf("copies")));
-    Queue("short.wav", "out/c.mp3", "--copy-to " + ShellQuote(PathOf("copies")));
+    QueueLongThenShort({"out/a.mp3", "out/b.wav", "out/c.mp3"},
+                       "--copy-to " + ShellQuote(PathOf("copies")));
 
     RunAndKillWhileWriting("out/.a.partial.mp3");
     // Everything is still queued; the killed run was the first resume, and nothing looks
@@ -152,12 +127,12 @@ TEST_F(QueueCrashE2E, RequestsLeftByAKilledRunAreEachConvertedOnceByTheNext) {
     int status = -1;
     const std::string printed = Cli("queue run", &status);
     ASSERT_EQ(status, 0) << printed;
-    EXPECT_EQ(fs::exists(QueueFile()) ? fs::file_size(QueueFile()) : 0, 0u);
+    EXPECT_EQ(QueueSize(), 0u);
     const std::set<std::string> outputs{"a.mp3", "b.wav", "c.mp3"};
     EXPECT_EQ(Names(PathOf("out")), outputs);
     EXPECT_EQ(Names(PathOf("copies")), outputs);
-    EXPECT_NEAR(DecodedSeconds("out/a.mp3"), kLongSeconds, 0.1);
-    EXPECT_NEAR(DecodedSeconds("copies/a.mp3"), kLongSeconds, 0.1);
+    for (const char* name : {"out/a.mp3", "copies/a.mp3"})
+        EXPECT_NEAR(DecodedSeconds(name), kLongSeconds, 0.1) << name;
     for (const char* name : {"out/b.wav", "out/c.mp3", "copies/c.mp3"})
         EXPECT_NEAR(DecodedSeconds(name), kShortSeconds, 0.1) << name;
     EXPECT_TRUE(fs::exists(PathOf("long.wav")));
@@ -166,10 +141,7 @@ TEST_F(QueueCrashE2E, RequestsLeftByAKilledRunAreEachConvertedOnceByTheNext) {
 // With "FailCount" at its default of 1, a list is resumed at most twice without a request
 // finishing: at the third start it is discarded, every request in it.
 TEST_F(QueueCrashE2E, AListWhoseHeadIsKilledTwiceIsDiscarded) {
-    MakeWave("long.wav", kLongSeconds);
-    MakeWave("short.wav", kShortSeconds);
-    Queue("long.wav", "out/a.mp3");
-    Queue("short.wav", "out/b.mp3");
+    QueueLongThenShort({"out/a.mp3", "out/b.mp3"}, "");
 
     for (int resume = 1; resume <= 2; ++resume) {
         RunAndKillWhileWriting("out/.a.partial.mp3");
@@ -181,7 +153,7 @@ TEST_F(QueueCrashE2E, AListWhoseHeadIsKilledTwiceIsDiscarded) {
     int status = -1;
     const std::string printed = Cli("queue run", &status);
     ASSERT_EQ(status, 0) << printed;
-    EXPECT_FALSE(fs::exists(QueueFile()));
+    EXPECT_FALSE(fs::exists(QueueFile(home_)));
     EXPECT_TRUE(Names(PathOf("out")).empty());
     EXPECT_EQ(Cli("queue list", &status), "");
     EXPECT_TRUE(fs::exists(PathOf("long.wav")));
@@ -197,7 +169,6 @@ TEST_F(QueueCrashE2E, RandomKillsNeverLoseOrHalveARecording) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const fs::path out = PathOf("out");
     fs::create_directories(out);
-    fs::create_directories(QueueFile().parent_path());
     struct Queued {
         std::string recording;
         fs::path output;
@@ -208,18 +179,10 @@ TEST_F(QueueCrashE2E, RandomKillsNeverLoseOrHalveARecording) {
         char recording[260];
         ASSERT_TRUE(GetTempFile("/var/tmp/", recording, ".wav"));
         const double seconds = 3 + i;
-        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(recording) + " synth " +
-                   std::to_string(seconds) + " sine 300-3000 vol 0.5 2>/dev/null");
-        LProcessConvert request;
+        ASSERT_TRUE(
+            SoxSynth(recording, 44100, 2, std::to_string(seconds) + " sine 300-3000 vol 0.5"));
         const fs::path output = out / ("Track " + std::to_string(i + 1) + (i % 2 ? ".wav" : ".mp3"));
-        std::snprintf(request.sourcePath, sizeof request.sourcePath, "%s", recording);
-        std::snprintf(request.destinationPath, sizeof request.destinationPath, "%s", output.c_str());
-        std::snprintf(request.outputFolder, sizeof request.outputFolder, "%s", out.c_str());
-        std::snprintf(request.outputExtension, sizeof request.outputExtension, "%s",
-                      output.extension().c_str());
-        request.restore = 0;
-        request.deleteSource = 1;
-        ASSERT_TRUE(ProcessListFile::Append(QueueFile().c_str(), &request, sizeof request));
+        ASSERT_TRUE(QueueRequest(home_, recording, out, output, output.extension(), true));
         queued.push_back({recording, output, seconds});
     }
 
@@ -230,13 +193,12 @@ TEST_F(QueueCrashE2E, RandomKillsNeverLoseOrHalveARecording) {
         std::this_thread::sleep_for(std::chrono::milliseconds(after(random)));
         ::kill(-child, SIGKILL);
         waitpid(child, nullptr, 0);
-        while (waitpid(-child, nullptr, 0) > 0 || errno == EINTR) {
-        }
+        WaitForGroup(child);
     }
     int status = -1;
     Cli("queue run", &status);
     ASSERT_EQ(status, 0);
-    EXPECT_EQ(fs::exists(QueueFile()) ? fs::file_size(QueueFile()) : 0u, 0u);
+    EXPECT_EQ(QueueSize(), 0u);
 
     const fs::path recovered = out / "Recovered Recordings";
     std::set<std::string> expected;
@@ -246,13 +208,10 @@ TEST_F(QueueCrashE2E, RandomKillsNeverLoseOrHalveARecording) {
         EXPECT_NE(converted, fs::exists(kept)) << item.output;
         if (converted) {
             expected.insert(item.output.filename().string());
-            const double length = std::atof(
-                RunCommand("soxi -D " + ShellQuote(item.output.string()) + " 2>/dev/null").c_str());
-            EXPECT_NEAR(length, item.seconds, 0.1) << item.output;
+            EXPECT_NEAR(SoxiSeconds(item.output), item.seconds, 0.1) << item.output;
         } else {
             expected.insert(recovered.filename().string());
-            EXPECT_NEAR(std::atof(RunCommand("soxi -D " + ShellQuote(kept.string())).c_str()),
-                        item.seconds, 0.01);
+            EXPECT_NEAR(SoxiSeconds(kept), item.seconds, 0.01) << kept;
         }
         EXPECT_FALSE(fs::exists(item.recording)) << item.recording;
     }

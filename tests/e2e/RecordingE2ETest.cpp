@@ -1,30 +1,21 @@
-// Recording sessions end to end: a whole side split into its tracks by vinora-cli split-side,
-// converted by the queue; a session killed in its second track loses nothing already kept.
+// Recording sessions end to end: a whole side captured and split into its tracks by vinora-cli
+// split-side, or recorded live, converted by the queue; a session killed in its second track
+// loses nothing already kept.
+#include "E2ETestUtil.h"
+
+#include "codecs/WaveFile.h"
 #include "devices/DemoSide.h"
-#include "support/PulseServer.h"
-#include "support/TempHome.h"
+#include "support/ToneSignals.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Cli(const std::string& arguments, int* status = nullptr,
-                const std::string& environment = "") {
-    return RunCommand(environment + VINORA_CLI + " " + arguments + " 2>/dev/null", status);
-}
 
 double Seconds(const std::string& text) {
     int h = 0, m = 0;
@@ -92,10 +83,25 @@ std::vector<std::string> ExpectDemoTracks(const std::string& printed, double* to
     return paths;
 }
 
+// The demo side, captured from the Virtual Turntable as fast as the recorder takes it, is in
+// the file whole and bit for bit: it ends with the side, rounded up to a 100 ms buffer.
+void ExpectWholeDemoSide(const fs::path& captured) {
+    LSoundSource side(new LDemoSide);
+    LSoundSource file = LWaveFile::OpenSource(captured.c_str());
+    ASSERT_EQ(file->GetError(), sndErrNone);
+    const int frames = file->GetEndSample();
+    ASSERT_GE(frames, side->GetEndSample());
+    ASSERT_LT(frames, side->GetEndSample() + 4410);
+    std::vector<int> expected = ReadFrames(side, frames);
+    for (int& value : expected)
+        value = std::clamp((value + 8) >> 4, -32768, 32767) * 16;
+    EXPECT_TRUE(ReadFrames(file, frames) == expected);
+}
+
 // The queue turns every track into a file that decodes and carries the track's name.
 void ExpectConvertedTracks(const std::vector<std::string>& paths) {
     int status = -1;
-    Cli("queue run", &status);
+    Cli("queue run", &status, "", "2>/dev/null");
     ASSERT_EQ(status, 0);
     for (const std::string& path : paths) {
         const std::string probed = RunCommand(
@@ -107,26 +113,26 @@ void ExpectConvertedTracks(const std::vector<std::string>& paths) {
     }
 }
 
-// The side, played into the Virtual Speaker while it is recorded, is heard across every split.
+// The demo side, captured whole, then played into the Virtual Speaker while it is recorded, is
+// heard across every split.
 TEST(RecordingE2E, SplitsTheDemoSideIntoItsTracks) {
     TempHome home;
     const fs::path side = home.Path() / "side.wav";
     const fs::path heard = home.Path() / "heard.wav";
     int status = -1;
-    RunCommand("VINORA_VIRTUAL_TURNTABLE=,speed=0 " + std::string(VINORA_CLI) + " capture " +
-                   ShellQuote(side) + " --device 'Virtual Turntable' 2>/dev/null",
-               &status);
-    ASSERT_EQ(status, 0);
+    const std::string captured = CaptureDemoSide(side, &status);
+    ASSERT_EQ(status, 0) << captured;
+    ExpectWholeDemoSide(side);
     Cli("settings set OutputFormat OutputFormatNum 1");
     Cli("settings set Settings PlaybackAudioWhileRecording 1");
     Cli("settings set Player Device 'Virtual Speaker'");
     const std::string printed =
         Cli("split-side " + ShellQuote(side), &status,
-            "VINORA_VIRTUAL_SPEAKER=" + ShellQuote(heard.string() + ",speed=0") + " ");
+            Env("VINORA_VIRTUAL_SPEAKER", heard.string() + ",speed=0"), "2>/dev/null");
     ASSERT_EQ(status, 0) << printed;
     double total = 0;
     const std::vector<std::string> paths = ExpectDemoTracks(printed, &total);
-    const double played = std::atof(RunCommand("soxi -D " + ShellQuote(heard)).c_str());
+    const double played = SoxiSeconds(heard);
     EXPECT_GE(played, total - 0.5);
     EXPECT_LE(played, LDemoSide().GetTracks().back().start / 44100.0 + 40);
     ExpectConvertedTracks(paths);
@@ -134,16 +140,12 @@ TEST(RecordingE2E, SplitsTheDemoSideIntoItsTracks) {
 
 // The demo side played into a sound server's null sink in real time and recorded from its
 // monitor splits the same way.
-TEST(RecordingE2E, RecordsTheDemoSideFromASoundServer) {
-    if (!PulseServer::IsInstalled()) GTEST_SKIP() << "pulseaudio is not installed";
-    TempHome home;
-    PulseServer server;
-    ASSERT_TRUE(server.IsRunning()) << server.Error();
-    const fs::path side = home.Path() / "side.wav";
+using RecordingFromServerE2E = PulseE2E;
+
+TEST_F(RecordingFromServerE2E, RecordsTheDemoSideFromASoundServer) {
+    const fs::path side = home_.Path() / "side.wav";
     int status = -1;
-    RunCommand("VINORA_VIRTUAL_TURNTABLE=,speed=0 " + std::string(VINORA_CLI) + " capture " +
-                   ShellQuote(side) + " --device 'Virtual Turntable' 2>/dev/null",
-               &status);
+    CaptureDemoSide(side, &status);
     ASSERT_EQ(status, 0);
     Cli("settings set OutputFormat OutputFormatNum 0");
     const std::string script =
@@ -156,9 +158,9 @@ TEST(RecordingE2E, RecordsTheDemoSideFromASoundServer) {
     for (int attempt = 1; attempt <= 2; ++attempt) {
         printed = RunCommand(script, &status);
         ASSERT_EQ(status, 0) << printed;
-        if (!home.TakeLostAudioLogged()) break;
+        if (!home_.TakeLostAudioLogged()) break;
         ASSERT_LT(attempt, 2) << "audio was lost in both runs";
-        for (const auto& entry : fs::directory_iterator(home.DataHome() / "Brakwater Software/Vinora"))
+        for (const auto& entry : fs::directory_iterator(AppData(home_)))
             if (entry.path().extension() == ".wav" || entry.path().filename() == "vnprocesses.list")
                 fs::remove(entry.path());
     }
@@ -172,13 +174,9 @@ TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {
     TempHome home;
     const fs::path side = home.Path() / "side.wav";
     // One 4 s song, 3 s of quiet, then a song long enough to be killed in.
-    RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(home.Path() / "a.wav") +
-               " synth 4 sine 440 vol 0.5 && sox -n -r 44100 -c 2 -b 16 " +
-               ShellQuote(home.Path() / "b.wav") + " synth 3 whitenoise vol 0.001 && sox -n -r "
-               "44100 -c 2 -b 16 " + ShellQuote(home.Path() / "c.wav") +
-               " synth 30 sine 330 vol 0.5 && sox " + ShellQuote(home.Path() / "a.wav") + " " +
-               ShellQuote(home.Path() / "b.wav") + " " + ShellQuote(home.Path() / "c.wav") + " " +
-               ShellQuote(side));
+    ASSERT_TRUE(
+        SoxSynth(side, 44100, 2,
+                 "4 sine 440 vol 0.5 : synth 3 whitenoise vol 0.001 : synth 30 sine 330 vol 0.5"));
     Cli("settings set OutputFormat OutputFormatNum 0");
     const fs::path printed = home.Path() / "printed.txt";
     const pid_t pid = fork();
@@ -191,14 +189,14 @@ TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {
         _exit(127);
     }
     // Wait for the first track to be queued, then kill the session in the second.
-    const fs::path queue = home.DataHome() / "Brakwater Software/Vinora/vnprocesses.list";
+    const fs::path queue = QueueFile(home);
     for (int i = 0; i < 200 && !(fs::exists(queue) && fs::file_size(queue) > 8); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     kill(pid, SIGKILL);
     waitpid(pid, nullptr, 0);
     ASSERT_EQ(fs::file_size(queue), 8u + 1825u);
-    const std::string listed = Cli("queue list");
+    const std::string listed = Cli("queue list", nullptr, "", "2>/dev/null");
     const std::string source = listed.substr(0, listed.find(" -> "));
     EXPECT_EQ(source.rfind("/var/tmp/", 0), 0u) << listed;
     EXPECT_TRUE(fs::exists(source)) << listed;
@@ -207,8 +205,7 @@ TEST(RecordingE2E, AKilledSessionKeepsTheTracksItQueued) {
     Cli("queue run", &status);
     EXPECT_EQ(status, 0);
     const std::string output = listed.substr(listed.find(" -> ") + 4, listed.find('\n') - listed.find(" -> ") - 4);
-    const std::string length = RunCommand("soxi -D " + ShellQuote(output));
-    EXPECT_NEAR(std::atof(length.c_str()), 4.0, 0.3) << output;
+    EXPECT_NEAR(SoxiSeconds(output), 4.0, 0.3) << output;
     EXPECT_FALSE(fs::exists(source));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codecs/WaveFile.h"
+#include "devices/DeviceTestUtil.h"
 #include "jobs/PlainMainQueue.h"
 #include "play/SoundPlayer.h"
 #include "support/BufferSource.h"
@@ -9,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -50,19 +50,18 @@ class PlayerTest : public testing::Test {
 protected:
     PlayerTest() {
         LMainThreadQueue::SetCurrent(&queue_);
-        output_ = home_.Path() / "speaker.wav";
-        Save("VINORA_VIRTUAL_SPEAKER", oldSpeaker_);
-        Save("PULSE_SERVER", oldServer_);
-        setenv("VINORA_VIRTUAL_SPEAKER", (output_.string() + ",speed=0").c_str(), 1);
-        setenv("PULSE_SERVER", ("unix:" + (home_.Path() / "no-server").string()).c_str(), 1);
         player_ = std::make_unique<LSoundPlayer>();
         player_->SetListener(&listener_, 7);
     }
     ~PlayerTest() override {
         player_.reset();
-        Restore("VINORA_VIRTUAL_SPEAKER", oldSpeaker_);
-        Restore("PULSE_SERVER", oldServer_);
         LMainThreadQueue::SetCurrent(nullptr);
+    }
+
+    // Plays `speed` times real time from now on (0: as fast as it can).
+    void SetSpeakerSpeed(int speed) {
+        setenv("VINORA_VIRTUAL_SPEAKER",
+               (output_.string() + ",speed=" + std::to_string(speed)).c_str(), 1);
     }
 
     // Runs the main-thread queue until the player has stopped (a minute at most, so that a
@@ -83,28 +82,12 @@ protected:
     }
 
     TempHome home_;
+    std::filesystem::path output_ = home_.Path() / "speaker.wav";
+    ScopedEnv speaker_{"VINORA_VIRTUAL_SPEAKER", output_.string() + ",speed=0"};
+    ScopedEnv server_{"PULSE_SERVER", "unix:" + (home_.Path() / "no-server").string()};
     LPlainMainQueue queue_;
     RecordingListener listener_;
     std::unique_ptr<LSoundPlayer> player_;
-    std::filesystem::path output_;
-
-private:
-    struct Saved {
-        std::string value;
-        bool had = false;
-    };
-    static void Save(const char* name, Saved& saved) {
-        const char* value = std::getenv(name);
-        saved.had = value != nullptr;
-        if (saved.had) saved.value = value;
-    }
-    static void Restore(const char* name, const Saved& saved) {
-        if (saved.had)
-            setenv(name, saved.value.c_str(), 1);
-        else
-            unsetenv(name);
-    }
-    Saved oldSpeaker_, oldServer_;
 };
 
 // Random 16-bit audio in internal samples, so that every frame is told apart from its

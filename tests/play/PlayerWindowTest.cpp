@@ -130,33 +130,31 @@ TEST_F(PlayerWindowTest, ScanningUsesTheSpeedStageAndThenDoesWhatThePlayerWasDoi
     dialog.spntfTime(LSoundTime(2000), 0);
     struct Case {
         const char* state;
+        std::vector<int> into; // the commands that bring the player into the state
         int down, up;
         bool playingAfter, pausedAfter;
     } cases[] = {
-        {"playing", pcForwardDown, pcForwardUp, true, false},
-        {"paused", pcBackDown, pcBackUp, false, true},
-        {"stopped", pcForwardKey, pcForwardUp2, false, false},
+        {"playing", {pcPlay}, pcForwardDown, pcForwardUp, true, false},
+        {"paused", {pcPlay, pcPause}, pcBackDown, pcBackUp, false, true},
+        {"stopped", {pcStop}, pcForwardKey, pcForwardUp2, false, false},
     };
     for (const Case& c : cases) {
-        if (std::string(c.state) == "playing") dialog.Command(pcPlay);
-        if (std::string(c.state) == "paused") {
-            dialog.Command(pcPlay);
-            dialog.Command(pcPause);
-        }
-        if (std::string(c.state) == "stopped") dialog.Command(pcStop);
+        SCOPED_TRACE(c.state);
+        for (const int command : c.into)
+            dialog.Command(command);
         dialog.spntfTime(LSoundTime(2000), 0);
         dialog.Command(c.down);
-        EXPECT_NE(dialog.GetScan(), LPlayerBaseDlg::Scan::None) << c.state;
-        EXPECT_NE(dynamic_cast<LSRCSpeed*>(output.started.Get()), nullptr) << c.state;
+        EXPECT_NE(dialog.GetScan(), LPlayerBaseDlg::Scan::None);
+        EXPECT_NE(dynamic_cast<LSRCSpeed*>(output.started.Get()), nullptr);
         const int starts = output.starts;
         dialog.Command(c.down); // a second press while scanning does nothing
         EXPECT_EQ(output.starts, starts);
         dialog.spntfTime(LSoundTime(2500), 0); // where the scan got to
         dialog.Command(c.up);
         EXPECT_EQ(dialog.GetScan(), LPlayerBaseDlg::Scan::None);
-        EXPECT_EQ(output.playing, c.playingAfter) << c.state;
-        EXPECT_EQ(dialog.IsPaused(), c.pausedAfter) << c.state;
-        EXPECT_EQ(dialog.GetTime().GetMS(), 2500) << c.state;
+        EXPECT_EQ(output.playing, c.playingAfter);
+        EXPECT_EQ(dialog.IsPaused(), c.pausedAfter);
+        EXPECT_EQ(dialog.GetTime().GetMS(), 2500);
         if (c.playingAfter) {
             EXPECT_EQ(output.started->GetPositionSample(), 110250);
         }

@@ -46,7 +46,7 @@ TEST_F(SoundPlayDeviceTest, SettingStoresTheListNameAndFallsBackToTheDefault) {
 
 TEST_F(SoundPlayDeviceTest, ChangingTheDeviceWhilePlayingGoesOnToTheEnd) {
     // At twice real time, so that the change comes while the output is still playing.
-    setenv("VINORA_VIRTUAL_SPEAKER", (output_.string() + ",speed=2").c_str(), 1);
+    SetSpeakerSpeed(2);
     constexpr int kFrames = 44100 * 2;
     const std::vector<int> samples = RandomSamples(kFrames, 2);
     LSoundSource source = MakeBufferSource(samples, 44100, 2);

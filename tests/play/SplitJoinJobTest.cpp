@@ -5,8 +5,8 @@
 #include "codecs/WaveFile.h"
 #include "play/JoinJob.h"
 #include "play/SplitJob.h"
+#include "support/FolderContents.h"
 #include "support/RecordingProgress.h"
-#include "support/TempHome.h"
 #include "tags/AudioTagData.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 
 namespace fs = std::filesystem;
 
@@ -45,6 +44,15 @@ protected:
         return samples;
     }
 
+    // The wave file encoded by lame into an MP3 file of the name.
+    fs::path Mp3(const fs::path& wave, const std::string& name, int kbits = 128) {
+        const fs::path mp3 = home.Path() / name;
+        RunCommand("lame --quiet -b " + std::to_string(kbits) + " " + ShellQuote(wave) + " " +
+                   ShellQuote(mp3));
+        EXPECT_TRUE(fs::exists(mp3)) << mp3;
+        return mp3;
+    }
+
     LProcessResult Split(const fs::path& path, const std::vector<int>& positions,
                          std::vector<std::string>* pieces = nullptr, int stopAfter = -1) {
         RecordingProgress progress;
@@ -56,39 +64,23 @@ protected:
         return result;
     }
 
+    // Joins the files into `folder`; the result and the joined file's path.
+    static std::pair<LProcessResult, std::string> Join(std::vector<std::string> paths,
+                                                       const fs::path& folder, int stopAfter = -1) {
+        RecordingProgress progress;
+        progress.stopAfter = stopAfter;
+        fs::create_directories(folder);
+        LJoinFiles job{std::move(paths), folder.string(), {}};
+        const LProcessResult result = Process(progress, job);
+        return {result, job.output};
+    }
+
     static std::string Name(const std::string& path) { return fs::path(path).filename().string(); }
-
-    // Every file of the folder (hidden ones too) with its content.
-    static std::map<std::string, std::vector<uint8_t>> Contents(const fs::path& folder) {
-        std::map<std::string, std::vector<uint8_t>> files;
-        for (const fs::directory_entry& entry : fs::directory_iterator(folder))
-            if (entry.is_regular_file()) files[Name(entry.path())] = ReadFileBytes(entry.path());
-        return files;
-    }
-
-    // A wave file whose header says it holds `seconds` more than its samples.
-    fs::path Truncated(const std::string& name, double seconds, double missing) {
-        const fs::path path = Make(name, 44100, 2, seconds + missing);
-        fs::resize_file(path, fs::file_size(path) - static_cast<uintmax_t>(missing * 44100 * 4));
-        return path;
-    }
 
     TempHome home;
 };
 
 TEST_F(SplitJoinJobTest, SplitPiecesMatchSoxTrimAndGiveTheFileBackWhole) {
-    const fs::path song = Make("song.wav", 44100, 2, 2);
-    std::vector<std::string> pieces;
-    ASSERT_EQ(Split(song, {44100}, &pieces), PROCESS_DONE);
-    ASSERT_EQ(pieces.size(), 2u);
-    EXPECT_EQ(Name(pieces[0]), "song_SPLIT_00.wav");
-    EXPECT_EQ(Name(pieces[1]), "song_SPLIT_01.wav");
-    // Splitting again finds the first names taken.
-    ASSERT_EQ(Split(song, {44100}, &pieces), PROCESS_DONE);
-    ASSERT_EQ(pieces.size(), 2u);
-    EXPECT_EQ(Name(pieces[0]), "song (01)_SPLIT_00.wav");
-    EXPECT_EQ(Name(pieces[1]), "song (01)_SPLIT_01.wav");
-
     const fs::path side = Make("side.wav", 44100, 2, 3);
     LAudioTagData tags;
     tags.SetTag("TITLE", "Side One", true);
@@ -96,6 +88,7 @@ TEST_F(SplitJoinJobTest, SplitPiecesMatchSoxTrimAndGiveTheFileBackWhole) {
     ASSERT_TRUE(tags.WriteTags(side.c_str(), tagModeAll, false));
 
     // A repeated point uses up index 1 without a file.
+    std::vector<std::string> pieces;
     ASSERT_EQ(Split(side, {30000, 30000, 70001}, &pieces), PROCESS_DONE);
     ASSERT_EQ(pieces.size(), 3u);
     EXPECT_EQ(Name(pieces[0]), "side_SPLIT_00.wav");
@@ -138,10 +131,7 @@ TEST_F(SplitJoinJobTest, StoppingRemovesOnlyThisSplitsPiecesAndBackwardsPointsEn
 }
 
 TEST_F(SplitJoinJobTest, Mp3SplitGivesMp3PiecesOfTheSourcesLength) {
-    const fs::path wave = Make("tune.wav", 44100, 2, 6, "sine 300 vol 0.5");
-    const fs::path mp3 = home.Path() / "tune.mp3";
-    RunCommand("lame --quiet -b 128 " + ShellQuote(wave) + " " + ShellQuote(mp3));
-    ASSERT_TRUE(fs::exists(mp3));
+    const fs::path mp3 = Mp3(Make("tune.wav", 44100, 2, 6, "sine 300 vol 0.5"), "tune.mp3");
     // Lengths as this program's decoder and mpg123 give them: both take the encoder's delay and
     // padding off.
     const auto frames = [](const std::string& path) {
@@ -174,45 +164,28 @@ int Peak16(const std::vector<int>& samples, size_t start, size_t end) {
 
 TEST_F(SplitJoinJobTest, JoinMakesOneCdFormatFileNormalisingEachPart) {
     const fs::path mono = Make("name1.wav", 22050, 1, 1, "sine 500 vol 0.3");
-    const fs::path stereoWave = Make("name2.wav", 48000, 2, 1, "sine 700 vol 0.9");
-    const fs::path stereo = home.Path() / "name2.mp3";
-    RunCommand("lame --quiet -b 192 " + ShellQuote(stereoWave) + " " + ShellQuote(stereo));
-    ASSERT_TRUE(fs::exists(stereo));
+    const fs::path stereo =
+        Mp3(Make("name2.wav", 48000, 2, 1, "sine 700 vol 0.9"), "name2.mp3", 192);
 
-    RecordingProgress progress;
-    LJoinFiles job{{mono.string(), stereo.string()}, (home.Path() / "out").string(), {}};
-    fs::create_directories(job.outputFolder);
-    ASSERT_EQ(Process(progress, job), PROCESS_DONE);
-    EXPECT_EQ(Name(job.output), "name1_name2_JOINED.wav");
-    EXPECT_EQ(Soxi("-r", job.output), "44100");
-    EXPECT_EQ(Soxi("-c", job.output), "2");
+    const auto [result, output] = Join({mono.string(), stereo.string()}, home.Path() / "out");
+    ASSERT_EQ(result, PROCESS_DONE);
+    EXPECT_EQ(Name(output), "name1_name2_JOINED.wav");
+    EXPECT_EQ(Soxi("-r", output), "44100");
+    EXPECT_EQ(Soxi("-c", output), "2");
+    EXPECT_EQ(JoinedName({"/x/" + std::string(50, 'n') + ".wav", "/y/z.mp3"}),
+              std::string(40, 'n') + "_z_JOINED");
 
-    const std::vector<int> samples = SoxSamples(job.output);
+    const std::vector<int> samples = SoxSamples(output);
     const size_t firstPart = 44100 * 2; // one second of stereo
     const int target = 32767 * 80 / 100;
     EXPECT_NEAR(Peak16(samples, 0, firstPart), target, target / 50);
     EXPECT_NEAR(Peak16(samples, firstPart, samples.size()), target, target / 50);
 }
 
-TEST_F(SplitJoinJobTest, JoinWithAnMp3FirstGivesAnMp3AndNoLeftoverWave) {
-    const fs::path wave = Make("b.wav", 44100, 2, 1, "sine 440 vol 0.5");
-    const fs::path mp3 = home.Path() / "a.mp3";
-    RunCommand("lame --quiet " + ShellQuote(wave) + " " + ShellQuote(mp3));
-
-    RecordingProgress progress;
-    LJoinFiles job{{mp3.string(), wave.string()}, (home.Path() / "out").string(), {}};
-    fs::create_directories(job.outputFolder);
-    ASSERT_EQ(Process(progress, job), PROCESS_DONE);
-    EXPECT_EQ(Name(job.output), "a_b_JOINED.mp3");
-    EXPECT_TRUE(fs::exists(job.output));
-    EXPECT_FALSE(fs::exists(home.Path() / "out" / "a_b_JOINED.wav"));
-    EXPECT_EQ(JoinedName({"/x/" + std::string(50, 'n') + ".wav", "/y/z.mp3"}),
-              std::string(40, 'n') + "_z_JOINED");
-}
-
 TEST_F(SplitJoinJobTest, AShortFileEndsThePieceOrThePartWhereItsSamplesEnd) {
     // The header says 2 s; the samples end after 1 s.
-    const fs::path side = Truncated("side.wav", 1, 1);
+    const fs::path side = Make("side.wav", 44100, 2, 2);
+    fs::resize_file(side, fs::file_size(side) - 44100 * 4);
     std::vector<std::string> pieces;
     ASSERT_EQ(Split(side, {22050, 66150}, &pieces), PROCESS_DONE);
     ASSERT_EQ(pieces.size(), 2u);
@@ -221,43 +194,37 @@ TEST_F(SplitJoinJobTest, AShortFileEndsThePieceOrThePartWhereItsSamplesEnd) {
     EXPECT_FALSE(fs::exists(home.Path() / "side_SPLIT_02.wav"));
 
     const fs::path other = Make("other.wav", 44100, 2, 0.5);
-    RecordingProgress progress;
-    LJoinFiles job{{side.string(), other.string()}, home.Path().string(), {}};
-    ASSERT_EQ(Process(progress, job), PROCESS_DONE);
-    EXPECT_EQ(SoxSamples(job.output).size(), (44100u + 22050u) * 2);
+    const auto [result, output] = Join({side.string(), other.string()}, home.Path());
+    ASSERT_EQ(result, PROCESS_DONE);
+    EXPECT_EQ(SoxSamples(output).size(), (44100u + 22050u) * 2);
 }
 
+// A join takes the format of its first part; its output never replaces a file, and a stop or a
+// failure leaves no file behind.
 TEST_F(SplitJoinJobTest, OutputsNeverReplaceAFileAndAStopOrFailureLeavesNothing) {
     const fs::path a = Make("a.wav", 44100, 2, 1, "sine 300 vol 0.5");
-    const fs::path b = home.Path() / "b.mp3";
-    RunCommand("lame --quiet -b 128 " + ShellQuote(a) + " " + ShellQuote(b));
+    const fs::path b = Mp3(a, "b.mp3");
     const fs::path out = home.Path() / "out";
     fs::create_directories(out);
     // Files of the names a join would take, none of them made by it.
     for (const char* name : {"a_b_JOINED.wav", "b_a_JOINED.wav", "b_a_JOINED.mp3"})
         WriteFileBytes(out / name, {'m', 'i', 'n', 'e'});
-    const auto before = Contents(out);
-
-    const auto join = [&](std::vector<std::string> paths, int stopAfter) {
-        RecordingProgress progress;
-        progress.stopAfter = stopAfter;
-        LJoinFiles job{std::move(paths), out.string(), {}};
-        const LProcessResult result = Process(progress, job);
-        return std::make_pair(result, job.output);
-    };
+    const auto before = FolderContents(out);
     for (const int stopAfter : {0, 8, 18}) {
-        EXPECT_EQ(join({a.string(), b.string()}, stopAfter).first, PROCESS_FAILED) << stopAfter;
-        EXPECT_EQ(join({b.string(), a.string()}, stopAfter).first, PROCESS_FAILED) << stopAfter;
-        EXPECT_EQ(Contents(out), before) << stopAfter;
+        EXPECT_EQ(Join({a.string(), b.string()}, out, stopAfter).first, PROCESS_FAILED)
+            << stopAfter;
+        EXPECT_EQ(Join({b.string(), a.string()}, out, stopAfter).first, PROCESS_FAILED)
+            << stopAfter;
+        EXPECT_EQ(FolderContents(out), before) << stopAfter;
     }
 
-    const auto [waveResult, wave] = join({a.string(), b.string()}, -1);
+    const auto [waveResult, wave] = Join({a.string(), b.string()}, out);
     EXPECT_EQ(waveResult, PROCESS_DONE);
     EXPECT_EQ(Name(wave), "a_b_JOINED (01).wav");
-    const auto [mp3Result, mp3] = join({b.string(), a.string()}, -1);
+    const auto [mp3Result, mp3] = Join({b.string(), a.string()}, out);
     EXPECT_EQ(mp3Result, PROCESS_DONE);
     EXPECT_EQ(Name(mp3), "b_a_JOINED (01).mp3");
-    auto after = Contents(out);
+    auto after = FolderContents(out);
     EXPECT_EQ(after.size(), before.size() + 2) << "no intermediate or hidden file stays";
     after.erase(Name(wave));
     after.erase(Name(mp3));

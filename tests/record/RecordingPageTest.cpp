@@ -13,12 +13,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <numbers>
 #include <string>
 #include <vector>
 
@@ -52,14 +51,11 @@ protected:
     // side needs its own name: the turntable keeps its place in a file between recordings.
     void PlaySide(const std::string& name, double seconds) {
         const fs::path side = home_.Path() / name;
-        LSoundSink sink = LWaveFile::OpenSinkPCM(side.c_str(), kRate, 2, 16, 0);
-        const int frames = static_cast<int>(seconds * kRate);
-        std::vector<int> samples(static_cast<size_t>(frames) * 2);
-        for (int f = 0; f < frames; ++f)
-            samples[2 * f] = samples[2 * f + 1] =
-                static_cast<int>(262144 * std::sin(2 * std::numbers::pi * 440 * f / kRate));
-        sink->Write(samples.data(), frames);
-        sink.Close();
+        int status = -1;
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(side) + " synth " +
+                       std::to_string(seconds) + " sine 440 vol 0.5",
+                   &status);
+        ASSERT_EQ(status, 0);
         setenv("VINORA_VIRTUAL_TURNTABLE", (side.string() + ",speed=0").c_str(), 1);
     }
 
@@ -77,9 +73,7 @@ protected:
     }
 
     bool Posted(int message, int value) const {
-        for (const auto& [m, v] : posted_)
-            if (m == message && v == value) return true;
-        return false;
+        return std::ranges::find(posted_, std::pair{message, value}) != posted_.end();
     }
 
     std::string OutputFolder() override { return Output().string(); }

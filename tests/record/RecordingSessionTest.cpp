@@ -1,9 +1,8 @@
 // The recording session's decisions without a sound device: track starts and ends from scripted
-// level reports, naming, disc space, the noise floor measurement and the meter's colours.
+// level reports, naming, disc space and the meter's colours.
 #include "record/DiscSpace.h"
 #include "record/FileNamePattern.h"
 #include "record/LevelMeterScale.h"
-#include "record/NoiseFloor.h"
 #include "record/RecordingOutput.h"
 #include "record/TrackDetector.h"
 
@@ -63,39 +62,38 @@ std::vector<int> operator+(std::vector<int> a, const std::vector<int>& b) {
     return a;
 }
 
-TEST(TrackDetectorTest, VerifiesAStartTwoSecondsAfterTheCandidate) {
+// Level reports one per 100 ms against a floor of -25 dB: a start is verified two seconds after
+// the candidate; a report below -23 dB opens the end check, which closes the track 1.6 s later
+// (16 reports of one eighth of a second each).
+TEST(TrackDetectorTest, VerifiesStartsAndEndsTracksFromTheLevels) {
     TempHome home;
-    LTrackDetector detector({.noiseFloor = -25});
-    // Waiting at the floor, then music at -12 dB: the candidate at report 10, verified 2 s on.
-    const Outcome outcome = Feed(detector, Reports(-40, 10) + Reports(-12, 30));
-    EXPECT_EQ(outcome.verified, std::vector<int>{30});
-    EXPECT_EQ(LUserSettingGet<int>("RecordingPage", "LastAveragedBLevel", 0), -12);
-
-    // A candidate whose level settles back to the floor + 4 dB within the two seconds is dropped.
-    LTrackDetector settling({.noiseFloor = -25});
-    EXPECT_TRUE(Feed(settling, Reports(-19, 1) + Reports(-21, 18) + Reports(-40, 10)).verified.empty());
-
-    // Without waiting for audio the first report verifies.
-    LTrackDetector atOnce({.noiseFloor = -25, .recordAudioOnly = false});
-    EXPECT_EQ(Feed(atOnce, Reports(-60, 1)).verified, std::vector<int>{0});
-}
-
-TEST(TrackDetectorTest, EndsATrackAfterSixteenReportsOfSilence) {
-    TempHome home;
-    LTrackDetector detector({.noiseFloor = -25, .autoSplitTime = 2});
-    // Verified at report 20; a report below -23 dB at 50 opens the end check, which closes the
-    // track 1.6 s later (16 reports of one eighth of a second each).
-    const Outcome outcome = Feed(detector, Reports(-10, 50) + Reports(-30, 20));
-    EXPECT_EQ(outcome.verified, std::vector<int>{20});
-    EXPECT_EQ(outcome.ended, std::vector<int>{66});
-
-    // A quiet passage that the music comes back into is not an end.
-    LTrackDetector passage({.noiseFloor = -25});
-    EXPECT_TRUE(Feed(passage, Reports(-10, 50) + Reports(-30, 5) + Reports(-8, 40)).ended.empty());
-
-    // A gap quieter than every bound still ends the track.
-    LTrackDetector quiet({.noiseFloor = -25});
-    EXPECT_EQ(Feed(quiet, Reports(-10, 50) + Reports(-45, 20)).ended, std::vector<int>{66});
+    const struct {
+        const char* what;
+        LTrackDetector::Settings settings;
+        std::vector<int> levels;
+        std::vector<int> verified, ended;
+    } cases[] = {
+        {"waiting at the floor, then music: the candidate at report 10", {.noiseFloor = -25},
+         Reports(-40, 10) + Reports(-12, 30), {30}, {}},
+        {"a candidate that settles back to the floor + 4 dB is dropped", {.noiseFloor = -25},
+         Reports(-19, 1) + Reports(-21, 18) + Reports(-40, 10), {}, {}},
+        {"without waiting for audio the first report verifies",
+         {.noiseFloor = -25, .recordAudioOnly = false}, Reports(-60, 1), {0}, {}},
+        {"a gap after the music", {.noiseFloor = -25, .autoSplitTime = 2},
+         Reports(-10, 50) + Reports(-30, 20), {20}, {66}},
+        {"a quiet passage the music comes back into", {.noiseFloor = -25},
+         Reports(-10, 50) + Reports(-30, 5) + Reports(-8, 40), {20}, {}},
+        {"a gap quieter than every bound", {.noiseFloor = -25}, Reports(-10, 50) + Reports(-45, 20),
+         {20}, {66}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        LTrackDetector detector(c.settings);
+        const Outcome outcome = Feed(detector, c.levels);
+        EXPECT_EQ(outcome.verified, c.verified);
+        EXPECT_EQ(outcome.ended, c.ended);
+    }
+    EXPECT_EQ(LUserSettingGet<int>("RecordingPage", "LastAveragedBLevel", 0), -10);
 }
 
 TEST(FileNamePatternTest, ReplacesArguments) {
@@ -160,30 +158,6 @@ TEST(DiscSpaceTest, TextsForDataDiscsAndAudioCDs) {
     LUserSettingSetString("CD", "Capacity", "no disc in drive");
     EXPECT_EQ(GetRemainingCDSpace(4, {}, false, {}, {}), "no disc in drive");
     EXPECT_EQ(GetRemainingCDSpace(1, {}, false, {}, {}), "N/A");
-}
-
-TEST(NoiseFloorTest, MeasuresTheUpperTenthAndWarnsOfMusic) {
-    TempHome home;
-    const auto measure = [](const std::vector<int>& levels) {
-        LNoiseFloorMeasure noise;
-        noise.Start(0);
-        int position = 0;
-        for (int db : levels) {
-            position += kReport;
-            if (noise.OnLevel(Levels(db), position, kRate) == LNoiseFloorMeasure::State::Done)
-                break;
-        }
-        return noise;
-    };
-    const LNoiseFloorMeasure hiss = measure(Reports(-52, 25));
-    EXPECT_EQ(hiss.Floor(), -52);
-    EXPECT_FALSE(hiss.SignalDetected());
-    EXPECT_EQ(LUserSettingGet<int>("Settings", "dBNoiseFloor", 0), -52);
-    EXPECT_TRUE(measure(Reports(-52, 10) + Reports(-5, 15)).SignalDetected());
-    EXPECT_EQ(LLastNoiseFloorText(), "Last Set Noise Floor: -5 dB");
-    EXPECT_FALSE(LIsUnusualNoiseFloor(-50));
-    EXPECT_TRUE(LIsUnusualNoiseFloor(-61));
-    EXPECT_TRUE(LIsUnusualNoiseFloor(13));
 }
 
 TEST(LevelMeterScaleTest, GreenYellowOrangeRed) {

@@ -1,7 +1,6 @@
 #include "record/SoundRecorder.h"
 #include "codecs/WaveFile.h"
 #include "jobs/PlainMainQueue.h"
-#include "devices/SoundDevices.h"
 
 #include "support/CaptureSink.h"
 #include "support/TempHome.h"
@@ -82,13 +81,7 @@ public:
 // Records from the Virtual Turntable playing test files as fast as the recorder reads.
 class SoundRecorderTest : public testing::Test {
 protected:
-    SoundRecorderTest() {
-        LMainThreadQueue::SetCurrent(&queue_);
-        int index = 0;
-        char name[kSoundDeviceNameSize];
-        EXPECT_TRUE(FindDeviceById(kVirtualTurntableId, index, name));
-        turntable_ = LSoundRecordDevice(index, 0);
-    }
+    SoundRecorderTest() { LMainThreadQueue::SetCurrent(&queue_); }
     ~SoundRecorderTest() override {
         unsetenv("VINORA_VIRTUAL_TURNTABLE");
         LMainThreadQueue::SetCurrent(nullptr);
@@ -112,7 +105,7 @@ protected:
 
     TempHome home_;
     LPlainMainQueue queue_;
-    LSoundRecordDevice turntable_;
+    const LSoundRecordDevice turntable_{"Virtual Turntable", 0};
 };
 
 } // namespace
