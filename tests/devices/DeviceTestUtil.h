@@ -2,10 +2,10 @@
 
 #include "codecs/WaveFile.h"
 #include "devices/SoundDevices.h"
+#include "support/ScopedEnv.h"
 
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -15,30 +15,6 @@
 // Helpers for the sound device tests: environment variables set for one test, 16-bit wave
 // files written and read whole, and a consumer that records from an input the way the recorder
 // does (two buffers armed alternately from the completion).
-
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const std::string& value) : name_(name) {
-        if (const char* old = std::getenv(name)) {
-            had_ = true;
-            old_ = old;
-        }
-        setenv(name, value.c_str(), 1);
-    }
-    ~ScopedEnv() {
-        if (had_)
-            setenv(name_, old_.c_str(), 1);
-        else
-            unsetenv(name_);
-    }
-    ScopedEnv(const ScopedEnv&) = delete;
-    ScopedEnv& operator=(const ScopedEnv&) = delete;
-
-private:
-    const char* name_;
-    std::string old_;
-    bool had_ = false;
-};
 
 inline void WriteWave16(const std::string& path, int rate, int channels,
                         const std::vector<int16_t>& samples) {
