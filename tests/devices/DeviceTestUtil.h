@@ -12,9 +12,18 @@
 #include <thread>
 #include <vector>
 
-// Helpers for the sound device tests: environment variables set for one test, 16-bit wave
-// files written and read whole, and a consumer that records from an input the way the recorder
+// Helpers for the sound device tests: test patterns, 16-bit wave files written and read whole, and a consumer that records from an input the way the recorder
 // does (two buffers armed alternately from the completion).
+
+// A recognisable pattern: every value differs from its neighbours and from the next buffer's.
+inline std::vector<int16_t> Pattern(size_t samples, uint32_t seed = 12345) {
+    std::vector<int16_t> values(samples);
+    for (int16_t& value : values) {
+        seed = seed * 1664525u + 1013904223u;
+        value = static_cast<int16_t>(seed >> 16);
+    }
+    return values;
+}
 
 inline void WriteWave16(const std::string& path, int rate, int channels,
                         const std::vector<int16_t>& samples) {
