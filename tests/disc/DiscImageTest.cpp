@@ -4,8 +4,8 @@
 #include "disc/BurnDataDisk.h"
 #include "disc/HybridDataDisk.h"
 #include "disc/ISONames.h"
+#include "support/DiscTreeFiles.h"
 #include "support/RecordingProgress.h"
-#include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
@@ -29,10 +29,8 @@ struct Entry {
 class DiscImageTest : public testing::Test {
 protected:
     fs::path File(const std::string& name, const std::string& content = "x") {
-        const fs::path path = tree / name;
-        fs::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
+        WriteTreeFile(tree / name, content);
+        return tree / name;
     }
 
     // Builds the tree's image; the result of the job.
