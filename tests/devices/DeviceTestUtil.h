@@ -2,43 +2,28 @@
 
 #include "codecs/WaveFile.h"
 #include "devices/SoundDevices.h"
+#include "support/ScopedEnv.h"
 
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <deque>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
-// Helpers for the sound device tests: environment variables set for one test, 16-bit wave
-// files written and read whole, and a consumer that records from an input the way the recorder
+// Helpers for the sound device tests: test patterns, 16-bit wave files written and read whole, and a consumer that records from an input the way the recorder
 // does (two buffers armed alternately from the completion).
 
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const std::string& value) : name_(name) {
-        if (const char* old = std::getenv(name)) {
-            had_ = true;
-            old_ = old;
-        }
-        setenv(name, value.c_str(), 1);
+// A recognisable pattern: every value differs from its neighbours and from the next buffer's.
+inline std::vector<int16_t> Pattern(size_t samples, uint32_t seed = 12345) {
+    std::vector<int16_t> values(samples);
+    for (int16_t& value : values) {
+        seed = seed * 1664525u + 1013904223u;
+        value = static_cast<int16_t>(seed >> 16);
     }
-    ~ScopedEnv() {
-        if (had_)
-            setenv(name_, old_.c_str(), 1);
-        else
-            unsetenv(name_);
-    }
-    ScopedEnv(const ScopedEnv&) = delete;
-    ScopedEnv& operator=(const ScopedEnv&) = delete;
-
-private:
-    const char* name_;
-    std::string old_;
-    bool had_ = false;
-};
+    return values;
+}
 
 inline void WriteWave16(const std::string& path, int rate, int channels,
                         const std::vector<int16_t>& samples) {

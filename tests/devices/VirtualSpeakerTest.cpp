@@ -26,23 +26,14 @@ struct Played {
     }
 };
 
-std::vector<int16_t> Ramp(int frames, int start) {
-    std::vector<int16_t> samples(2 * static_cast<size_t>(frames));
-    for (int f = 0; f < frames; ++f) {
-        samples[2 * f] = static_cast<int16_t>((start + f * 7) % 30000);
-        samples[2 * f + 1] = static_cast<int16_t>(-((start + f * 3) % 30000));
-    }
-    return samples;
-}
-
 // The file holds what was played with the volume applied; buffers flushed before they started
 // are never played and report nothing.
 TEST(VirtualSpeakerTest, WritesPlayedAudioWithVolumeAndDropsFlushedBuffers) {
     TempHome home;
     const std::string path = (home.Path() / "speaker.wav").string();
     const ScopedEnv env("VINORA_VIRTUAL_SPEAKER", path + ",speed=0");
-    const std::vector<int16_t> a = Ramp(3000, 0), b = Ramp(4410, 100), c = Ramp(500, 200),
-                               d = Ramp(4410, 300);
+    const std::vector<int16_t> a = Pattern(2 * 3000, 1), b = Pattern(2 * 4410, 2),
+                               c = Pattern(2 * 500, 3), d = Pattern(2 * 4410, 4);
     Played played;
     std::string error;
     {

@@ -8,25 +8,31 @@
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
+#include <optional>
 
 namespace {
-
-// A recognisable pattern: every value differs from its neighbours and from the next buffer's.
-std::vector<int16_t> Pattern(int samples) {
-    std::vector<int16_t> values(samples);
-    uint32_t state = 12345;
-    for (int16_t& value : values) {
-        state = state * 1664525u + 1013904223u;
-        value = static_cast<int16_t>(state >> 16);
-    }
-    return values;
-}
 
 class VirtualTurntableTest : public ::testing::Test {
 protected:
     std::string Path(const char* name) const { return (home_.Path() / name).string(); }
 
+    // Opens the turntable on `setting`, asking for another format than the file's: the device
+    // takes the file's own rate and channel count.
+    std::unique_ptr<LSoundInputStream> Open(const std::string& setting, int rate, int channels) {
+        env_.emplace("VINORA_VIRTUAL_TURNTABLE", setting);
+        std::string error;
+        std::unique_ptr<LSoundInputStream> input =
+            OpenSoundInput(kVirtualTurntableId, 22050, channels == 1 ? 2 : 1, error);
+        EXPECT_TRUE(input) << error;
+        if (input) {
+            EXPECT_EQ(input->GetSampleRate(), rate);
+            EXPECT_EQ(input->GetChannels(), channels);
+        }
+        return input;
+    }
+
     TempHome home_;
+    std::optional<ScopedEnv> env_;
 };
 
 // At "as fast as the consumer reads" a slow consumer still gets every buffer intact: the
@@ -36,13 +42,8 @@ TEST_F(VirtualTurntableTest, DeliversTheFileBitForBitThenSilence) {
     const int frames = 44100 + 1234; // not a whole number of buffers
     const std::vector<int16_t> file = Pattern(2 * frames);
     WriteWave16(path, 44100, 2, file);
-    const ScopedEnv env("VINORA_VIRTUAL_TURNTABLE", path + ",speed=0");
-
-    std::string error;
-    std::unique_ptr<LSoundInputStream> input = OpenSoundInput(kVirtualTurntableId, 48000, 1, error);
-    ASSERT_TRUE(input) << error;
-    EXPECT_EQ(input->GetSampleRate(), 44100);
-    EXPECT_EQ(input->GetChannels(), 2);
+    const std::unique_ptr<LSoundInputStream> input = Open(path + ",speed=0", 44100, 2);
+    ASSERT_TRUE(input);
     EXPECT_TRUE(input->SetInputGain(1.25));
 
     const int bufferSamples = 2 * 4410;
@@ -67,13 +68,8 @@ TEST_F(VirtualTurntableTest, PacedDeliveryKeepsTheContentAndAppliesTheGain) {
     const std::string path = Path("mono48k.wav");
     const std::vector<int16_t> file = Pattern(48000 / 2);
     WriteWave16(path, 48000, 1, file);
-    const ScopedEnv env("VINORA_VIRTUAL_TURNTABLE", path + ",speed=25");
-
-    std::string error;
-    std::unique_ptr<LSoundInputStream> input = OpenSoundInput(kVirtualTurntableId, 44100, 2, error);
-    ASSERT_TRUE(input) << error;
-    EXPECT_EQ(input->GetSampleRate(), 48000);
-    EXPECT_EQ(input->GetChannels(), 1);
+    const std::unique_ptr<LSoundInputStream> input = Open(path + ",speed=25", 48000, 1);
+    ASSERT_TRUE(input);
     EXPECT_TRUE(input->SetInputGain(0.625));
 
     // Keeps each buffer from inside the completion and re-arms it until the file has ended.
@@ -110,13 +106,8 @@ TEST_F(VirtualTurntableTest, PlaysMP3FilesAtTheirOwnFormat) {
     std::filesystem::copy_file(VINORA_TESTDATA "/mp3-conformance/l3-he_32khz.bit", path);
     LSoundSource decoder = LMP3File::OpenSource(path.c_str());
     ASSERT_EQ(decoder->GetError(), sndErrNone);
-    const ScopedEnv env("VINORA_VIRTUAL_TURNTABLE", path + ",speed=0");
-
-    std::string error;
-    std::unique_ptr<LSoundInputStream> input = OpenSoundInput(kVirtualTurntableId, 44100, 2, error);
-    ASSERT_TRUE(input) << error;
-    EXPECT_EQ(input->GetSampleRate(), 32000);
-    EXPECT_EQ(input->GetChannels(), decoder->GetChannels());
+    const std::unique_ptr<LSoundInputStream> input = Open(path + ",speed=0", 32000, decoder->GetChannels());
+    ASSERT_TRUE(input);
 
     const int bufferSamples = 3200 * decoder->GetChannels();
     InputCapture capture(*input, bufferSamples);
@@ -130,49 +121,46 @@ TEST_F(VirtualTurntableTest, PlaysMP3FilesAtTheirOwnFormat) {
 }
 
 TEST_F(VirtualTurntableTest, RefusesFilesItCannotPlayWithTheReason) {
-    std::string error;
-    {
-        const ScopedEnv env("VINORA_VIRTUAL_TURNTABLE", Path("missing.wav"));
-        EXPECT_FALSE(OpenSoundInput(kVirtualTurntableId, 44100, 2, error));
-        EXPECT_NE(error.find("missing.wav"), std::string::npos) << error;
-        EXPECT_NE(error.find("could not be opened"), std::string::npos) << error;
-    }
-    {
-        const ScopedEnv env("VINORA_VIRTUAL_TURNTABLE", Path("x.wav") + ",speed=fast");
-        EXPECT_FALSE(OpenSoundInput(kVirtualTurntableId, 44100, 2, error));
-        EXPECT_NE(error.find("\"fast\""), std::string::npos) << error;
+    const struct {
+        std::string setting;
+        std::vector<const char*> reason;
+    } cases[] = {
+        {Path("missing.wav"), {"missing.wav", "could not be opened"}},
+        {Path("x.wav") + ",speed=fast", {"\"fast\""}},
+    };
+    for (const auto& c : cases) {
+        const ScopedEnv env("VINORA_VIRTUAL_TURNTABLE", c.setting);
+        std::string error;
+        EXPECT_FALSE(OpenSoundInput(kVirtualTurntableId, 44100, 2, error)) << c.setting;
+        for (const char* part : c.reason) EXPECT_NE(error.find(part), std::string::npos) << error;
     }
 }
 
 TEST(VirtualDeviceSettingTest, ReadsPathAndSpeed) {
-    LVirtualDeviceSetting setting;
-    std::string error;
-    {
-        const ScopedEnv env("VINORA_TEST_DEVICE", "/tmp/a,b.wav,speed=2.5");
-        ASSERT_TRUE(LReadVirtualDeviceSetting("VINORA_TEST_DEVICE", setting, error));
-        EXPECT_EQ(setting.path, "/tmp/a,b.wav");
-        EXPECT_EQ(setting.speed, 2.5);
+    const struct {
+        const char* value; // nullptr: not set
+        bool valid;
+        const char* path;
+        double speed;
+    } cases[] = {
+        {"/tmp/a,b.wav,speed=2.5", true, "/tmp/a,b.wav", 2.5},
+        {"/tmp/side.mp3", true, "/tmp/side.mp3", 1},
+        {",speed=0", true, "", 0},
+        {"/tmp/x.wav,speed=-1", false, "", 0},
+        {nullptr, true, "", 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.value ? c.value : "not set");
+        const ScopedEnv env("VINORA_TEST_DEVICE");
+        if (c.value) setenv("VINORA_TEST_DEVICE", c.value, 1);
+        LVirtualDeviceSetting setting;
+        std::string error;
+        ASSERT_EQ(LReadVirtualDeviceSetting("VINORA_TEST_DEVICE", setting, error), c.valid);
+        if (c.valid) {
+            EXPECT_EQ(setting.path, c.path);
+            EXPECT_EQ(setting.speed, c.speed);
+        }
     }
-    {
-        const ScopedEnv env("VINORA_TEST_DEVICE", "/tmp/side.mp3");
-        ASSERT_TRUE(LReadVirtualDeviceSetting("VINORA_TEST_DEVICE", setting, error));
-        EXPECT_EQ(setting.path, "/tmp/side.mp3");
-        EXPECT_EQ(setting.speed, 1);
-    }
-    {
-        const ScopedEnv env("VINORA_TEST_DEVICE", ",speed=0");
-        ASSERT_TRUE(LReadVirtualDeviceSetting("VINORA_TEST_DEVICE", setting, error));
-        EXPECT_EQ(setting.path, "");
-        EXPECT_EQ(setting.speed, 0);
-    }
-    {
-        const ScopedEnv env("VINORA_TEST_DEVICE", "/tmp/x.wav,speed=-1");
-        EXPECT_FALSE(LReadVirtualDeviceSetting("VINORA_TEST_DEVICE", setting, error));
-    }
-    unsetenv("VINORA_TEST_DEVICE");
-    ASSERT_TRUE(LReadVirtualDeviceSetting("VINORA_TEST_DEVICE", setting, error));
-    EXPECT_EQ(setting.path, "");
-    EXPECT_EQ(setting.speed, 1);
 }
 
 } // namespace

@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(BurnerScan, SpeedsInTenthsOfXAtMost21) {
+TEST(BurnerScan, SpeedsInTenthsOfXAtMost21AndDriveNames) {
     TempHome home;
     ScriptedServiceScope scope;
     LDiscDeviceStatus status = ScriptedDisc::Blank();
@@ -34,6 +34,8 @@ TEST(BurnerScan, SpeedsInTenthsOfXAtMost21) {
     EXPECT_TRUE(record.usableDisc);
     EXPECT_EQ(record.maximumWriteSpeed, 5292u);
     EXPECT_EQ(progress.statuses.front().first, "Scanning Available Drives");
+    EXPECT_EQ(MapDriveNumberToString(0), "Maker Writer");
+    EXPECT_EQ(MapDriveNumberToString(1), "");
 
     EXPECT_EQ(SpeedInTenths(1385 * 4, SpeedUnitForMedia(MEDIA_DVDPR)), 40);
     EXPECT_EQ(SpeedUnitForMedia(MEDIA_CDRW), 177);
@@ -44,12 +46,6 @@ TEST(BurnerScan, SpeedsInTenthsOfXAtMost21) {
     scope.service->devices.clear();
     EXPECT_EQ(Process(progress, job), PROCESS_FAILED);
     EXPECT_EQ(job.count, 0);
-}
-
-TEST(BurnerScan, DriveNamesFollowTheServiceList) {
-    ScriptedServiceScope scope;
-    EXPECT_EQ(MapDriveNumberToString(0), "Maker Writer");
-    EXPECT_EQ(MapDriveNumberToString(1), "");
 }
 
 TEST(DiscCapacity, TextsForEachDisc) {

@@ -2,22 +2,15 @@
 // across buffer ends, files that vanished or changed size told apart, and a writer that gives
 // up midway leaves no reader and no open file behind.
 #include "disc/FileReadAhead.h"
-#include "support/TempHome.h"
+#include "support/DiscTreeFiles.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Bytes(size_t size, int seed) {
-    std::string bytes(size, '\0');
-    for (size_t i = 0; i < size; ++i) bytes[i] = char(seed * 31 + i * 7 + i / 251);
-    return bytes;
-}
 
 size_t OpenFiles() {
     return size_t(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
@@ -26,9 +19,8 @@ size_t OpenFiles() {
 class FileReadAheadTest : public testing::Test {
 protected:
     std::string Write(const std::string& name, const std::string& bytes) {
-        const std::string path = folder + "/" + name;
-        std::ofstream(path, std::ios::binary) << bytes;
-        return path;
+        WriteTreeFile(folder + "/" + name, bytes);
+        return folder + "/" + name;
     }
 
     TempHome home;
@@ -46,12 +38,12 @@ TEST_F(FileReadAheadTest, HandsOverEachFileInOrderAndSaysWhichEndedEarly) {
         bool complete;
     };
     const Case cases[] = {
-        {"across buffers", Bytes(10000, 1), 10000, true, true},
+        {"across buffers", RandomBytes(10000, 1), 10000, true, true},
         {"empty", "", 0, true, true},
         {"vanished", "", 5000, false, false},
-        {"shrank", Bytes(3000, 2), 9000, true, false},
-        {"grew", Bytes(9000, 3), 4096, true, true},
-        {"exactly one buffer", Bytes(4096, 4), 4096, true, true},
+        {"shrank", RandomBytes(3000, 2), 9000, true, false},
+        {"grew", RandomBytes(9000, 3), 4096, true, true},
+        {"exactly one buffer", RandomBytes(4096, 4), 4096, true, true},
     };
     std::vector<LFileReadAhead::Source> sources;
     for (const Case& c : cases) {
@@ -84,7 +76,7 @@ TEST_F(FileReadAheadTest, HandsOverEachFileInOrderAndSaysWhichEndedEarly) {
 TEST_F(FileReadAheadTest, AWriterThatStopsMidwayLeavesNoFileOpen) {
     std::vector<LFileReadAhead::Source> sources;
     for (int i = 0; i < 40; ++i)
-        sources.push_back({Write("f" + std::to_string(i), Bytes(20000, i)), 20000});
+        sources.push_back({Write("f" + std::to_string(i), RandomBytes(20000, i)), 20000});
     const size_t before = OpenFiles();
     // Stopped before taking anything (the reader waits on a full ring), after a few pieces,
     // and with nothing to read at all.

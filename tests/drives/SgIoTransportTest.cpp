@@ -3,10 +3,10 @@
 #include "disc/SCSICDB.h"
 #include "disc/SCSISense.h"
 #include "drives/SgIoTransport.h"
+#include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -16,16 +16,10 @@ namespace {
 
 class SgIoTransportTest : public testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/vinora-sgio-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        folder = pattern;
-    }
-    void TearDown() override { fs::remove_all(folder); }
-
     void Node(const std::string& name) { std::ofstream(folder / name) << ""; }
 
-    fs::path folder;
+    TempHome home;
+    fs::path folder = home.Path();
     const std::vector<LDriveIdentity> drives = {{"HL-DT-ST ", "DVDRAM GH24NSD1"}};
 };
 

@@ -15,6 +15,8 @@
 #include "drives/VirtualMMCDrive.h"
 #include "support/RecordingProgress.h"
 
+#include "VirtualDiscTest.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -34,30 +36,12 @@ std::vector<uint8_t> Pattern(uint32_t first, uint32_t count) {
     return data;
 }
 
-class VirtualMMC : public ::testing::Test {
+class VirtualMMC : public VirtualDiscTest {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/vinora-vmmc-XXXXXX";
-        folder = mkdtemp(pattern);
-        path = folder + "/disc";
-        SetSCSIWriteFlags({});
-    }
-    void TearDown() override {
-        SetSCSIWriteFlags({});
-        fs::remove_all(folder);
-    }
+    void SetUp() override { SetSCSIWriteFlags({}); }
+    void TearDown() override { SetSCSIWriteFlags({}); }
 
 public:
-    // "dvd+r" or "dvd+r,used": the media, then this test's disc file, then the options.
-    std::shared_ptr<LVirtualDisc> Disc(const std::string& setting) {
-        const size_t comma = setting.find(',');
-        const std::string text = setting.substr(0, comma) + ":" + path +
-                                 (comma == std::string::npos ? "" : setting.substr(comma));
-        LVirtualBurnerOptions options;
-        std::string error;
-        EXPECT_TRUE(LVirtualBurnerOptions::Parse(text, options, error)) << error;
-        return std::make_shared<LVirtualDisc>(options);
-    }
     void Load(const std::string& setting) {
         disc = Disc(setting);
         auto drive = std::make_unique<LVirtualMMCDrive>(disc);
@@ -110,7 +94,6 @@ public:
         return page;
     }
 
-    std::string folder, path;
     std::shared_ptr<LVirtualDisc> disc;
     LVirtualMMCDrive* transport = nullptr;
     LSCSI device;
@@ -367,7 +350,6 @@ TEST_F(VirtualMMC, SessionsAndTracksSurviveTheProcessAndAppendAtTheNextWritableA
 
 TEST_F(VirtualMMC, DescribesItselfAndTheDisc) {
     Load("cd-rw");
-    EXPECT_EQ(GetDeviceMMCName(job, device), "Vinora Virtual Burner");
     DriveCapabilities capabilities;
     ASSERT_EQ(ProcessSCSIGetDeviceCapabilities(job, device, capabilities).code, 0u);
     EXPECT_TRUE(capabilities.canWriteCDR && capabilities.canWriteCDRW && capabilities.canWriteDVDR &&
@@ -399,10 +381,8 @@ TEST_F(VirtualMMC, DescribesItselfAndTheDisc) {
     EXPECT_EQ(ProcessSCSISetCachingMode(job, device).code, 0u);
 }
 
-TEST(VirtualMMCOpener, RoutesTheVirtualBurnerAndSaysWhyOthersFail) {
-    char pattern[] = "/tmp/vinora-vmmc-open-XXXXXX";
-    const std::string folder = mkdtemp(pattern);
-    LSystemDiscService service("dvd+r:" + folder + "/disc", false);
+TEST_F(VirtualDiscTest, TheDriveOpenerRoutesTheVirtualBurnerAndSaysWhyOthersFail) {
+    LSystemDiscService service("dvd+r:" + path, false);
     auto real = std::make_shared<ScriptedDisc>();
     const LSCSI::Opener opener = MakeSCSIDriveOpener(
         [&] {
@@ -415,9 +395,6 @@ TEST(VirtualMMCOpener, RoutesTheVirtualBurnerAndSaysWhyOthersFail) {
     ASSERT_TRUE(device.OpenCDROMDrive(1)) << device.GetOpenError();
     RecordingProgress job;
     EXPECT_EQ(GetDeviceMMCName(job, device), "Vinora Virtual Burner");
-    int media = -1;
-    ASSERT_EQ(ProcessSCSIGetLoadedMediaType(job, device, media).code, 0u);
-    EXPECT_EQ(media, MEDIA_DVDPR);
 
     struct Case {
         int index;
@@ -428,5 +405,4 @@ TEST(VirtualMMCOpener, RoutesTheVirtualBurnerAndSaysWhyOthersFail) {
         EXPECT_FALSE(device.OpenCDROMDrive(c.index));
         EXPECT_NE(device.GetOpenError().find(c.error), std::string::npos) << device.GetOpenError();
     }
-    fs::remove_all(folder);
 }

@@ -1,7 +1,10 @@
+#include "support/CaptureSink.h"
 #include "support/ToneSignals.h"
 
 #include "sound/ConvertChannels.h"
+#include "sound/ConvertChannelsSink.h"
 #include "sound/ConvertRateChannels.h"
+#include "sound/ConvertRateSink.h"
 #include "sound/ConvertRateSource.h"
 #include "sound/SinkToSource.h"
 
@@ -64,4 +67,41 @@ TEST(ConvertSourceRateChannels, MixesDownBeforeResamplingAndRefusesWhatItCannotC
     EXPECT_EQ(kept.Get(), six.Get());
     LSPConvertSourceRateChannels(48000, 2, kept);
     EXPECT_EQ(kept->GetError(), sndErrFormat);
+}
+
+// Averaging stereo into a mono sink is covered by the fan-out's mono target.
+TEST(ConvertChannelsSink, MonoIsDuplicatedAndSeeksReachTheTarget) {
+    std::vector<int> captured;
+    std::vector<int> seeks;
+    LSoundSink stereo(new CaptureSink(44100, 2, captured, &seeks));
+    LSoundSink sink = LSinkConvertChannels::OpenSink(stereo, 1);
+    const int values[] = {7, -9};
+    sink->Write(values, 2);
+    EXPECT_EQ(captured, (std::vector<int>{7, 7, -9, -9}));
+    sink->Seek(250);
+    EXPECT_EQ(seeks, std::vector<int>{250});
+    EXPECT_EQ(sink->GetPosition(), 250);
+    EXPECT_EQ(LSinkConvertChannels::OpenSink(stereo, 6)->GetError(), 1);
+}
+
+TEST(ConvertSinkRateChannels, ResamplesOnTheSmallerChannelCountAndRefusesWhatItCannot) {
+    // Stereo at 48 kHz into a mono 44.1 kHz target: averaged, then resampled.
+    std::vector<int> captured;
+    LSoundSink sink(new CaptureSink(44100, 1, captured));
+    LSinkConvertRateChannels(48000, 2, sink);
+    ASSERT_NE(dynamic_cast<LSinkConvertMonoToStereo*>(sink.Get()), nullptr);
+    EXPECT_EQ(sink->GetSampleRate(), 48000);
+    const std::vector<int> frames(2 * 1600, 16000);
+    sink->Write(frames.data(), 1600);
+    EXPECT_GT(captured.size(), 1400u);
+    EXPECT_NEAR(captured[1000], 16000, 160);
+
+    LSoundSink stereo(new CaptureSink(44100, 2, captured));
+    sink = stereo;
+    LSinkConvertRateChannels(44100, 2, sink);
+    EXPECT_EQ(sink.Get(), stereo.Get());
+    EXPECT_TRUE(LSinkConvertRate{0}.OpenSink(stereo)->IsFailed());
+    LSoundSink six(new CaptureSink(44100, 6, captured));
+    LSinkConvertRateChannels(48000, 2, six);
+    EXPECT_TRUE(six->IsFailed());
 }

@@ -1,6 +1,8 @@
+#include "support/CaptureSink.h"
 #include "support/ToneSignals.h"
 
 #include "sound/ConvertRateChannels.h"
+#include "sound/ConvertRateSink.h"
 #include "sound/ConvertRateSource.h"
 #include "sound/SinkToSource.h"
 
@@ -19,6 +21,30 @@ struct RatePair {
     int in;
     int out;
 };
+
+// Which converter: the source stage, read as far as its input reaches, or the sink adapter,
+// written in blocks and closed (all it gives, the filter's delay included).
+enum class Through { Source, Sink };
+
+// A tone (channel c at amplitude / (c + 1)) of `frames` frames at `in` Hz, converted to `out` Hz.
+std::vector<int> Convert(Through through, int in, int out, unsigned char channels, double frequency,
+                         double amplitude, int frames, int block = 8192) {
+    LSoundSource source = MakeSineSource(in, channels, frequency, amplitude, frames);
+    if (through == Through::Source) {
+        LSoundSource converted = LSPConvertRate(out).OpenSource(source);
+        return ReadFrames(converted, static_cast<int>(int64_t{frames} * out / in));
+    }
+    std::vector<int> captured;
+    LSoundSink target(new CaptureSink(out, channels, captured));
+    LSoundSink sink = LSinkConvertRate{in}.OpenSink(target);
+    target.Close();
+    const std::vector<int> samples = ReadFrames(source, frames);
+    for (int done = 0; done < frames; done += block)
+        sink->Write(samples.data() + done * channels, std::min(block, frames - done));
+    EXPECT_EQ(sink->GetPosition(), frames);
+    sink.Close();
+    return captured;
+}
 
 } // namespace
 
@@ -127,52 +153,88 @@ TEST(ConvertRatePosition, AStreamingSourceIsReadOnlyAsFarAsItIsFilled) {
     EXPECT_EQ(samples, ReadFrames(reference, end));
 }
 
-class ConvertRateSignal : public testing::TestWithParam<std::tuple<RatePair, double>> {};
+class ConvertRateSignal : public testing::TestWithParam<std::tuple<Through, RatePair, double>> {};
 
 TEST_P(ConvertRateSignal, KeepsTheLevelAndFrequencyOfATone) {
-    const auto [pair, amplitude] = GetParam();
+    const auto [through, pair, amplitude] = GetParam();
     // Stereo, the right channel at half the level.
-    LSoundSource source = MakeSineSource(pair.in, 2, 1000, amplitude, 2 * pair.in);
-    LSoundSource converted = LSPConvertRate(pair.out).OpenSource(source);
-    const std::vector<int> samples = ReadFrames(converted, 2 * pair.out);
-
+    const std::vector<int> samples =
+        Convert(through, pair.in, pair.out, 2, 1000, amplitude, 2 * pair.in);
+    ASSERT_EQ(samples.size(), 2u * 2 * pair.out);
+    // The sink's shorter filter leaves more behind.
+    const double residual = through == Through::Source ? -50 : -40;
     for (int channel : {0, 1}) {
         // One second from the middle: a whole number of cycles.
         const std::vector<double> values =
             ChannelValues(samples, 2, channel, pair.out / 2, pair.out);
         const double expected = amplitude / (channel + 1);
         EXPECT_NEAR(DB(ToneAmplitude(values, pair.out, 1000) / expected), 0, 0.2);
-        EXPECT_LT(ResidualDB(values, pair.out, 1000), -50);
+        EXPECT_LT(ResidualDB(values, pair.out, 1000), residual);
         EXPECT_NEAR(RisingCrossings(values), 1000, 1);
     }
 }
 
-// Amplitudes that need no block scaling, the 16-bit range, and the louder range of MP3 input.
-INSTANTIATE_TEST_SUITE_P(Pairs, ConvertRateSignal,
-                         testing::Combine(testing::Values(RatePair{44100, 48000},
-                                                          RatePair{48000, 44100}),
-                                          testing::Values(1000.0, 300000.0, 2000000.0)));
+// Amplitudes that need no block scaling, the 16-bit range, and the louder range of MP3 input;
+// the sink adapter takes output in the 16-bit range only. A fourfold reduction takes two stages.
+std::vector<std::tuple<Through, RatePair, double>> ToneCases() {
+    std::vector<std::tuple<Through, RatePair, double>> cases;
+    for (RatePair pair : {RatePair{44100, 48000}, RatePair{48000, 44100}, RatePair{176400, 44100}}) {
+        for (double amplitude : {1000.0, 300000.0, 2000000.0})
+            cases.emplace_back(Through::Source, pair, amplitude);
+        cases.emplace_back(Through::Sink, pair, 300000.0);
+    }
+    return cases;
+}
+
+INSTANTIATE_TEST_SUITE_P(Pairs, ConvertRateSignal, testing::ValuesIn(ToneCases()));
 
 TEST(ConvertRateSignal, RemovesTonesAboveTheOutputNyquistFrequency) {
     struct Case {
+        Through through;
         int in;
         double frequency;
     };
-    // 70 kHz from 176.4 kHz would alias to 18.2 kHz in the first stage's 88.2 kHz output.
-    for (const Case& c :
-         {Case{48000, 23000}, Case{96000, 30000}, Case{176400, 30000}, Case{176400, 70000}}) {
-        LSoundSource source = MakeSineSource(c.in, 1, c.frequency, 300000, c.in);
-        LSoundSource converted = LSPConvertRate(44100).OpenSource(source);
-        const std::vector<int> samples = ReadFrames(converted, 44100);
+    // 70 kHz from 176.4 kHz would alias to 18.2 kHz in the first stage's 88.2 kHz output. The
+    // sink's short filter leaves a wide transition band: a halving of the rate still takes a
+    // 30 kHz tone far enough down.
+    for (const Case& c : {Case{Through::Source, 48000, 23000}, Case{Through::Source, 96000, 30000},
+                          Case{Through::Source, 176400, 30000}, Case{Through::Source, 176400, 70000},
+                          Case{Through::Sink, 88200, 30000}}) {
+        const std::vector<int> samples = Convert(c.through, c.in, 44100, 1, c.frequency, 300000, c.in);
         const std::vector<double> values = ChannelValues(samples, 1, 0, 11025, 22050);
-        EXPECT_LT(DB(RMS(values) * std::sqrt(2.0) / 300000), -40) << c.in << " Hz, " << c.frequency;
+        EXPECT_LT(DB(RMS(values) * std::sqrt(2.0) / 300000), -40)
+            << c.in << " Hz, " << c.frequency << (c.through == Through::Sink ? " (sink)" : "");
     }
+}
 
-    // The two stages of a fourfold reduction keep the audio band.
-    LSoundSource source = MakeSineSource(176400, 1, 1000, 300000, 176400);
-    LSoundSource converted = LSPConvertRate(44100).OpenSource(source);
-    const std::vector<int> samples = ReadFrames(converted, 44100);
-    const std::vector<double> values = ChannelValues(samples, 1, 0, 11025, 22050);
-    EXPECT_NEAR(DB(ToneAmplitude(values, 44100, 1000) / 300000), 0, 0.2);
-    EXPECT_LT(ResidualDB(values, 44100, 1000), -50);
+TEST(ConvertRateSink, BlockSizesDoNotChangeTheOutput) {
+    const auto convert = [](int block) {
+        return Convert(Through::Sink, 48000, 44100, 1, 1000, 300000, 30000, block);
+    };
+    const std::vector<int> whole = convert(8192);
+    EXPECT_EQ(whole.size(), 27563u); // 30,000 x 147 / 160, rounded up
+    for (int block : {1, 7, 100, 4097})
+        EXPECT_EQ(convert(block), whole) << block;
+}
+
+TEST(ConvertRateSink, SeekFinishesTheFilterAndMovesTheTarget) {
+    std::vector<int> captured;
+    std::vector<int> seeks;
+    LSoundSink target(new CaptureSink(44100, 1, captured, &seeks));
+    LSoundSink sink = LSinkConvertRate{48000}.OpenSink(target);
+    EXPECT_EQ(sink->GetSampleRate(), 48000);
+
+    const std::vector<int> ones(1000, 16000);
+    sink->Write(ones.data(), 1000);
+    sink->Seek(48000);
+    EXPECT_EQ(captured.size(), 919u);
+    EXPECT_EQ(seeks, std::vector<int>{44100});
+    EXPECT_EQ(sink->GetPosition(), 48000);
+    // A constant comes through at its level (within the ripple of the phases) once the
+    // filter has settled.
+    EXPECT_NEAR(captured[500], 16000, 160);
+
+    sink->Write(ones.data(), 160);
+    sink.Close();
+    EXPECT_EQ(captured.size(), 919u + 147);
 }

@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
@@ -22,19 +21,6 @@ using namespace std::chrono_literals;
 
 constexpr auto kStartTimeout = 15s;
 constexpr auto kStopTimeout = 3s;
-
-void Remember(const char* name, std::string& value, bool& had) {
-    const char* current = std::getenv(name);
-    had = current != nullptr;
-    if (had) value = current;
-}
-
-void Restore(const char* name, const std::string& value, bool had) {
-    if (had)
-        setenv(name, value.c_str(), 1);
-    else
-        unsetenv(name);
-}
 
 // The environment of the server: this process's, with its own home and runtime folder and
 // nothing that would point it at another server.
@@ -61,17 +47,11 @@ std::string ReadLog(const std::filesystem::path& path) {
 } // namespace
 
 PulseServer::PulseServer() {
-    Remember("PULSE_SERVER", oldServer_.value, oldServer_.had);
-    Remember("PULSE_COOKIE", oldCookie_.value, oldCookie_.had);
-    Remember("PULSE_RUNTIME_PATH", oldRuntime_.value, oldRuntime_.had);
     Start();
 }
 
 PulseServer::~PulseServer() {
     Kill();
-    Restore("PULSE_SERVER", oldServer_.value, oldServer_.had);
-    Restore("PULSE_COOKIE", oldCookie_.value, oldCookie_.had);
-    Restore("PULSE_RUNTIME_PATH", oldRuntime_.value, oldRuntime_.had);
     if (!root_.empty()) {
         std::error_code ignored;
         std::filesystem::remove_all(root_, ignored);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/ScopedEnv.h"
+
 #include <filesystem>
 #include <string>
 #include <sys/types.h>
@@ -32,9 +34,5 @@ private:
     std::string error_;
     pid_t pid_ = -1;
     bool running_ = false;
-    struct Saved {
-        std::string value;
-        bool had = false;
-    };
-    Saved oldServer_, oldCookie_, oldRuntime_;
+    ScopedEnv server_{"PULSE_SERVER"}, cookie_{"PULSE_COOKIE"}, runtime_{"PULSE_RUNTIME_PATH"};
 };

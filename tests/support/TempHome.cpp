@@ -10,45 +10,26 @@
 
 namespace {
 
-void Remember(const char* name, std::string& value, bool& had)
+std::filesystem::path MakeTempFolder()
 {
-    const char* current = std::getenv(name);
-    had = current != nullptr;
-    if (had)
-        value = current;
-}
-
-void Restore(const char* name, const std::string& value, bool had)
-{
-    if (had)
-        setenv(name, value.c_str(), 1);
-    else
-        unsetenv(name);
+    std::string pattern = (std::filesystem::temp_directory_path() / "vinora-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data()))
+        throw std::runtime_error("cannot create a temporary home");
+    return pattern;
 }
 
 } // namespace
 
 TempHome::TempHome()
+    : root_(MakeTempFolder()), home_("HOME", root_.string()),
+      config_("XDG_CONFIG_HOME", ConfigHome().string()), data_("XDG_DATA_HOME", DataHome().string())
 {
-    std::string pattern = (std::filesystem::temp_directory_path() / "vinora-test-XXXXXX").string();
-    if (!mkdtemp(pattern.data()))
-        throw std::runtime_error("cannot create a temporary home");
-    root_ = pattern;
     std::filesystem::create_directories(ConfigHome());
     std::filesystem::create_directories(DataHome());
-    Remember("HOME", oldHome_, hadHome_);
-    Remember("XDG_CONFIG_HOME", oldConfig_, hadConfig_);
-    Remember("XDG_DATA_HOME", oldData_, hadData_);
-    setenv("HOME", root_.c_str(), 1);
-    setenv("XDG_CONFIG_HOME", ConfigHome().c_str(), 1);
-    setenv("XDG_DATA_HOME", DataHome().c_str(), 1);
 }
 
 TempHome::~TempHome()
 {
-    Restore("HOME", oldHome_, hadHome_);
-    Restore("XDG_CONFIG_HOME", oldConfig_, hadConfig_);
-    Restore("XDG_DATA_HOME", oldData_, hadData_);
     std::error_code ignored;
     std::filesystem::remove_all(root_, ignored);
 }

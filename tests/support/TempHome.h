@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/ScopedEnv.h"
+
 #include <filesystem>
 #include <string>
 
@@ -22,8 +24,7 @@ public:
 
 private:
     std::filesystem::path root_;
-    std::string oldHome_, oldConfig_, oldData_;
-    bool hadHome_ = false, hadConfig_ = false, hadData_ = false;
+    ScopedEnv home_, config_, data_;
 };
 
 // Runs a shell command and returns its standard output; the exit status goes to *status.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sound/SoundSource.h"
+#include "support/BufferSource.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,13 +44,7 @@ inline LSoundSource MakeSineSource(int rate, unsigned char channels, double freq
 
 // Reads frames from a source in blocks of at most 8,192.
 inline std::vector<int> ReadFrames(LSoundSource& source, int frames) {
-    std::vector<int> samples(static_cast<size_t>(frames) * source->GetChannels());
-    for (int done = 0; done < frames;) {
-        const int block = std::min(frames - done, 8192);
-        source->Read(samples.data() + static_cast<size_t>(done) * source->GetChannels(), block);
-        done += block;
-    }
-    return samples;
+    return ReadAll(source, frames);
 }
 
 // One channel of interleaved samples, frames first to first + count - 1.
