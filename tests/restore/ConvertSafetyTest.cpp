@@ -1,0 +1,106 @@
+// Files beside a conversion's output are never written: a file whose name differs from the
+// source's in case alone is another file, and a link under the job's hidden working name is
+// not followed.
+#include "restore/ConvertJob.h"
+
+#include "codecs/WaveFile.h"
+#include "restore/ConvertNotify.h"
+#include "sound/SourceToSink.h"
+#include "support/RecordingProgress.h"
+#include "support/TempHome.h"
+#include "support/ToneSignals.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class SilentNotify : public LConvertNotify {
+public:
+    void SetStatusText(const char*) override {}
+    void NotifyFile(const char*) override {}
+    void NotifyAdd(const char*) override {}
+    void NotifyProgress(double) override {}
+};
+
+class ConvertSafety : public testing::Test {
+protected:
+    void SetUp() override { SetConvertNotify(&notify_); }
+    void TearDown() override { SetConvertNotify(nullptr); }
+
+    fs::path MakeWave(const char* name) {
+        const fs::path path = home_.Path() / name;
+        LPRSourceToSink pump;
+        pump.source = MakeSineSource(44100, 2, 440, 200000, 44100);
+        pump.sink = LWaveFile::OpenSinkPCM(path.c_str(), 44100, 2, 16, 0);
+        RecordingProgress progress;
+        EXPECT_EQ(Process(progress, pump), PROCESS_DONE);
+        return path;
+    }
+
+    fs::path UserFile(const char* name) {
+        const fs::path path = home_.Path() / name;
+        std::ofstream(path) << "the user's own";
+        return path;
+    }
+
+    static std::string Text(const fs::path& path) {
+        std::ifstream in(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    }
+
+    LProcessResult Convert(const fs::path& source, const fs::path& destination) {
+        LProcessConvert job;
+        std::snprintf(job.sourcePath, sizeof job.sourcePath, "%s", source.c_str());
+        std::snprintf(job.outputFolder, sizeof job.outputFolder, "%s",
+                      destination.parent_path().c_str());
+        std::snprintf(job.outputExtension, sizeof job.outputExtension, "%s",
+                      destination.extension().c_str());
+        std::snprintf(job.destinationPath, sizeof job.destinationPath, "%s", destination.c_str());
+        job.restore = 0;
+        job.deleteSource = 1;
+        RecordingProgress progress;
+        const LProcessResult result = Process(progress, job);
+        written_ = job.destinationPath;
+        return result;
+    }
+
+    TempHome home_;
+    SilentNotify notify_;
+    fs::path written_;
+};
+
+} // namespace
+
+TEST_F(ConvertSafety, ANameDifferingInCaseOnlyIsAnotherFile) {
+    const fs::path source = MakeWave("Side.WAV");
+    const fs::path other = UserFile("side.wav");
+    ASSERT_EQ(Convert(source, other), PROCESS_DONE);
+    EXPECT_EQ(Text(other), "the user's own");
+    EXPECT_EQ(written_, home_.Path() / "side (2).wav");
+    EXPECT_EQ(LWaveFile::OpenSource(written_.c_str())->GetError(), sndErrNone);
+    EXPECT_FALSE(fs::exists(source)) << "converted, so the recording goes";
+}
+
+TEST_F(ConvertSafety, ALinkUnderTheWorkingNameIsNotFollowed) {
+    for (const char* extension : {".wav", ".mp3"}) {
+        const fs::path source = MakeWave("take.wav");
+        const fs::path victim = UserFile("letter.txt");
+        const fs::path destination = (home_.Path() / "out" / "take").replace_extension(extension);
+        fs::create_directories(destination.parent_path());
+        char partial[260];
+        LGetPartialOutputPath(partial, destination.c_str());
+        fs::create_symlink(victim, partial);
+
+        ASSERT_EQ(Convert(source, destination), PROCESS_DONE) << extension;
+        EXPECT_TRUE(Text(victim) == "the user's own") << extension << ": written through";
+        EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(destination))) << extension;
+        EXPECT_FALSE(fs::exists(fs::symlink_status(partial))) << extension;
+    }
+}
