@@ -8,7 +8,9 @@
 #include "platform/Folders.h"
 #include "platform/Log.h"
 #include "platform/Paths.h"
+#include "platform/UserFolders.h"
 #include "restore/ConvertNotify.h"
+#include "restore/RecoveredRecordings.h"
 #include "restore/RestoreChain.h"
 #include "sound/SourceToSink.h"
 #include "tags/AudioTagData.h"
@@ -311,12 +313,27 @@ void LGetPartialOutputPath(char* out, const char* destination) {
 
 namespace {
 
+// A recording the job was to delete when done exists only among the temporary recordings, where
+// nobody looks for it: when its conversion fails it is kept in the output folder instead.
+void KeepFailedRecording(const LProcessConvert& job) {
+    if (!job.deleteSource || std::strncmp(job.sourcePath, kTemporaryRecordingFolder,
+                                          std::strlen(kTemporaryRecordingFolder)) != 0 ||
+        !Exists(job.sourcePath))
+        return;
+    char name[kPathBufferSize], kept[kPathBufferSize];
+    _GetFileNameFromPath(name, job.destinationPath[0] ? job.destinationPath : job.sourcePath);
+    if (LRecoverRecording(job.sourcePath, job.outputFolder, name, kept))
+        LOGWARN("The recording %s could not be converted; it was kept as %s", job.sourcePath,
+                kept);
+}
+
 LProcessResult Run(LProcessInterface& progress, LProcessConvert& job,
                    const LRestoreChoices* choices) {
     LTerminateRequestStrings(job);
     bool inPlace = false;
     const LProcessResult result = Convert(progress, job, choices, inPlace);
     ConvertNotify().SetStatusText("");
+    if (result == PROCESS_FAILED) KeepFailedRecording(job);
     // A source that was moved or replaced is gone already.
     if (result == PROCESS_DONE && job.deleteSource && !inPlace && job.convert) {
         // The output's new name is on the disk before the recording goes.

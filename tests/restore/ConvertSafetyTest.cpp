@@ -1,11 +1,15 @@
 // Files beside a conversion's output are never written: a file whose name differs from the
 // source's in case alone is another file, and a link under the job's hidden working name is
-// not followed.
+// not followed. A recording whose conversion fails is kept where the user finds it.
 #include "restore/ConvertJob.h"
 
 #include "codecs/WaveFile.h"
+#include "platform/FileOps.h"
+#include "platform/TemporaryFolder.h"
+#include "platform/UserFolders.h"
 #include "restore/ConvertNotify.h"
 #include "sound/SourceToSink.h"
+#include "support/FileSizeLimit.h"
 #include "support/RecordingProgress.h"
 #include "support/TempHome.h"
 #include "support/ToneSignals.h"
@@ -34,8 +38,7 @@ protected:
     void SetUp() override { SetConvertNotify(&notify_); }
     void TearDown() override { SetConvertNotify(nullptr); }
 
-    fs::path MakeWave(const char* name) {
-        const fs::path path = home_.Path() / name;
+    fs::path MakeWave(const fs::path& path) {
         LPRSourceToSink pump;
         pump.source = MakeSineSource(44100, 2, 440, 200000, 44100);
         pump.sink = LWaveFile::OpenSinkPCM(path.c_str(), 44100, 2, 16, 0);
@@ -79,7 +82,7 @@ protected:
 } // namespace
 
 TEST_F(ConvertSafety, ANameDifferingInCaseOnlyIsAnotherFile) {
-    const fs::path source = MakeWave("Side.WAV");
+    const fs::path source = MakeWave(home_.Path() / "Side.WAV");
     const fs::path other = UserFile("side.wav");
     ASSERT_EQ(Convert(source, other), PROCESS_DONE);
     EXPECT_EQ(Text(other), "the user's own");
@@ -90,7 +93,7 @@ TEST_F(ConvertSafety, ANameDifferingInCaseOnlyIsAnotherFile) {
 
 TEST_F(ConvertSafety, ALinkUnderTheWorkingNameIsNotFollowed) {
     for (const char* extension : {".wav", ".mp3"}) {
-        const fs::path source = MakeWave("take.wav");
+        const fs::path source = MakeWave(home_.Path() / "take.wav");
         const fs::path victim = UserFile("letter.txt");
         const fs::path destination = (home_.Path() / "out" / "take").replace_extension(extension);
         fs::create_directories(destination.parent_path());
@@ -103,4 +106,22 @@ TEST_F(ConvertSafety, ALinkUnderTheWorkingNameIsNotFollowed) {
         EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(destination))) << extension;
         EXPECT_FALSE(fs::exists(fs::symlink_status(partial))) << extension;
     }
+}
+
+TEST_F(ConvertSafety, ARecordingThatFailsToConvertIsKeptInTheOutputFolder) {
+    // Beside the temporary recordings, so that keeping it is a rename on any machine.
+    LTemporaryFolder output(kTemporaryRecordingFolder, "vinora-test-");
+    ASSERT_FALSE(output.Path().empty());
+    char recording[260];
+    ASSERT_TRUE(GetTempFile(kTemporaryRecordingFolder, recording, ".wav"));
+    MakeWave(recording);
+    const fs::path destination = fs::path(output.Path()) / "Untitled 01.wav";
+    // The output outgrows the space left on the disk.
+    EXPECT_TRUE(WithFileSizeLimit(
+        50000, [&] { return Convert(recording, destination) == PROCESS_FAILED; }));
+    const fs::path kept = fs::path(output.Path()) / "Recovered Recordings" / "Untitled 01.wav";
+    EXPECT_EQ(LWaveFile::OpenSource(kept.c_str())->GetError(), sndErrNone);
+    EXPECT_FALSE(fs::exists(destination));
+    EXPECT_FALSE(fs::exists(recording));
+    fs::remove(recording);
 }
