@@ -29,8 +29,10 @@
 
 namespace {
 
+// Whether anything has the name, a link to nothing included.
 bool Exists(const char* path) {
-    return access(path, F_OK) == 0;
+    struct stat status;
+    return lstat(path, &status) == 0;
 }
 
 // A regular file that holds something.

@@ -1,6 +1,7 @@
 // Files beside a conversion's output are never written: a file whose name differs from the
 // source's in case alone is another file, and a link under the job's hidden working name is
-// not followed. A recording whose conversion fails is kept where the user finds it.
+// not followed, nor is a link to nothing replaced. A recording whose conversion fails is kept
+// where the user finds it.
 #include "restore/ConvertJob.h"
 
 #include "codecs/WaveFile.h"
@@ -8,6 +9,7 @@
 #include "platform/TemporaryFolder.h"
 #include "platform/UserFolders.h"
 #include "restore/ConvertNotify.h"
+#include "restore/RecoveredRecordings.h"
 #include "sound/SourceToSink.h"
 #include "support/FileSizeLimit.h"
 #include "support/RecordingProgress.h"
@@ -19,6 +21,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 namespace fs = std::filesystem;
@@ -58,7 +61,8 @@ protected:
         return std::string(std::istreambuf_iterator<char>(in), {});
     }
 
-    LProcessResult Convert(const fs::path& source, const fs::path& destination) {
+    LProcessResult Convert(const fs::path& source, const fs::path& destination,
+                           const std::function<void(LProcessConvert&)>& adjust = {}) {
         LProcessConvert job;
         std::snprintf(job.sourcePath, sizeof job.sourcePath, "%s", source.c_str());
         std::snprintf(job.outputFolder, sizeof job.outputFolder, "%s",
@@ -68,6 +72,7 @@ protected:
         std::snprintf(job.destinationPath, sizeof job.destinationPath, "%s", destination.c_str());
         job.restore = 0;
         job.deleteSource = 1;
+        if (adjust) adjust(job);
         RecordingProgress progress;
         const LProcessResult result = Process(progress, job);
         written_ = job.destinationPath;
@@ -124,4 +129,32 @@ TEST_F(ConvertSafety, ARecordingThatFailsToConvertIsKeptInTheOutputFolder) {
     EXPECT_FALSE(fs::exists(destination));
     EXPECT_FALSE(fs::exists(recording));
     fs::remove(recording);
+}
+
+TEST_F(ConvertSafety, ALinkToNothingIsNotReplaced) {
+    const fs::path out = home_.Path() / "out", copies = home_.Path() / "copies";
+    const fs::path recovered = home_.Path() / "Recovered Recordings";
+    const fs::path links[] = {out / "take.wav", copies / "take (2).wav", recovered / "lost.wav"};
+    for (const fs::path& link : links) {
+        fs::create_directories(link.parent_path());
+        fs::create_symlink(home_.Path() / "gone.wav", link);
+    }
+    // The recording itself becomes the output, and is copied.
+    ASSERT_EQ(Convert(MakeWave(home_.Path() / "take.wav"), out / "take.wav",
+                      [&](LProcessConvert& job) {
+                          job.convert = 0;
+                          job.copyToFolder = 1;
+                          std::snprintf(job.copyFolder, sizeof job.copyFolder, "%s",
+                                        copies.c_str());
+                      }),
+              PROCESS_DONE);
+    EXPECT_EQ(written_, out / "take (2).wav");
+    EXPECT_TRUE(fs::is_regular_file(copies / "take (2) - 0.wav"));
+
+    char kept[260];
+    ASSERT_TRUE(LRecoverRecording(MakeWave(home_.Path() / "rec.wav").c_str(),
+                                  home_.Path().c_str(), "lost", kept));
+    EXPECT_EQ(fs::path(kept), recovered / "lost (2).wav");
+    for (const fs::path& link : links)
+        EXPECT_TRUE(fs::is_symlink(link)) << link;
 }
