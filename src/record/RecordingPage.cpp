@@ -381,6 +381,15 @@ void LRecordingPage::SaveRecording() {
     tempPath_[0] = 0;
 }
 
+void LRecordingPage::StopOnWriteFailure() {
+    LOGERROR("The recording %s could not be written any further to %s", name_.c_str(), tempPath_);
+    CmStopSession(false);
+    UserInteraction().ShowError(
+        "The recording could not be written any further: the disk is full, or the file has "
+        "reached the largest size allowed.\r\n\r\nThe recording has stopped. What was recorded "
+        "until then is kept.");
+}
+
 void LRecordingPage::RecoverRecording(const std::string& name) {
     char kept[kPathBufferSize];
     if (LRecoverRecording(tempPath_, host_.OutputFolder().c_str(), name.c_str(), kept))
@@ -493,6 +502,10 @@ void LRecordingPage::srntfTime(LSoundTime time, long) {
 void LRecordingPage::srntfLevel(const LDBMC& levels, long) {
     view_.Levels(levels);
     if (!detector_ || paused_ || recorder_.GetState() == 0) return;
+    if (sink_->IsFailed()) {
+        StopOnWriteFailure();
+        return;
+    }
     lastPosition_ = sink_->GetPosition();
     const LTrackDetector::Result result =
         detector_->OnLevel(levels, lastPosition_, sink_->GetSampleRate());
