@@ -527,17 +527,27 @@ void MainDialog::CmCopyTo() {
     const std::string folder = UserInteraction().ChooseFolder(
         "Please select the folder you want to copy songs to.", GetVNOutputFolder());
     if (folder.empty()) return;
+    int failed = 0;
     for (const std::string& path : SelectedPaths()) {
         const std::string name = FileOf(path);
         const std::string target = Join(folder, name);
-        if (Exists(target) &&
+        // Anything with the name is asked about, a link to nothing included.
+        struct stat existing;
+        if (lstat(target.c_str(), &existing) == 0 &&
             Ask(Printf("File \"%s\" already exist in folder \"%s\"! Do you want to overwrite it?",
                        name.c_str(), folder.c_str()),
                 "Confirm Overwrite", LMessageButtons::YesNo) == LMessageAnswer::No)
             continue;
-        if (!CopyFile(path.c_str(), target.c_str()))
-            LOGERROR("Copying of file %s to %s has failed", path.c_str(), target.c_str());
+        if (!CopyFile(path.c_str(), target.c_str())) {
+            LOGERROR("Copying of file %s to %s has failed: %s", path.c_str(), target.c_str(),
+                     std::strerror(errno));
+            ++failed;
+        }
     }
+    if (failed > 0)
+        Tell(Printf("%d file(s) could not be copied to the folder \"%s\". The folder may be full "
+                    "or read-only; the log holds the details.",
+                    failed, folder.c_str()));
 }
 
 void MainDialog::CmEditWithSoundEditor() {

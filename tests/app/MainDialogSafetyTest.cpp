@@ -1,5 +1,7 @@
-// Adding a file to the list copies it into the output folder, but never over another file of
-// that name there that the list does not show.
+// The list's file commands never replace a file silently: adding a file does not copy it over
+// another of that name that the list does not show, "Copy To" asks about anything with the
+// name (a link to nothing included) and says when a copy failed.
+#include "app/MainCommands.h"
 #include "app/MainDialog.h"
 
 #include "jobs/ProcessInterfaceVoid.h"
@@ -30,27 +32,58 @@ struct QuietView : LMainDialogView {
     }
 };
 
+class MainDialogSafety : public ::testing::Test {
+protected:
+    MainDialogSafety() {
+        SetUserInteraction(&ui);
+        fs::create_directories(output);
+        fs::create_directories(elsewhere);
+        LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
+    }
+    ~MainDialogSafety() override { SetUserInteraction(nullptr); }
+
+    static fs::path Tone(const fs::path& path) {
+        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(path) + " synth 1 sine 440");
+        return path;
+    }
+
+    TempHome home;
+    fs::path output = home.Path() / "out";
+    fs::path elsewhere = home.Path() / "elsewhere";
+    LScriptedUserInteraction ui;
+    QuietView view;
+    MainDialog dialog{view, LMainDialogWindows()};
+};
+
 } // namespace
 
-TEST(MainDialogSafety, AFileTheListDoesNotShowIsNotReplaced) {
-    TempHome home;
-    LScriptedUserInteraction ui;
-    SetUserInteraction(&ui);
-    const fs::path output = home.Path() / "out", elsewhere = home.Path() / "elsewhere";
-    fs::create_directories(output);
-    fs::create_directories(elsewhere);
-    LUserSettingSetString("Settings", "AppOutputFolder", output.c_str());
-    {
-        QuietView view;
-        MainDialog dialog{view, LMainDialogWindows()};
-        // Put there after the list was loaded: the list does not show it.
-        std::ofstream(output / "Track.wav") << "the user's own";
-        const fs::path other = elsewhere / "Track.wav";
-        RunCommand("sox -n -r 44100 -c 2 -b 16 " + ShellQuote(other) + " synth 1 sine 440");
+TEST_F(MainDialogSafety, AddingDoesNotCopyOverAFileTheListDoesNotShow) {
+    // Put there after the list was loaded: the list does not show it.
+    std::ofstream(output / "Track.wav") << "the user's own";
+    EXPECT_FALSE(dialog.AddFileToList(Tone(elsewhere / "Track.wav").c_str(), true, false));
+    std::ifstream kept(output / "Track.wav");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), "the user's own");
+}
 
-        EXPECT_FALSE(dialog.AddFileToList(other.c_str(), true, false));
-        std::ifstream kept(output / "Track.wav");
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), "the user's own");
-    }
-    SetUserInteraction(nullptr);
+TEST_F(MainDialogSafety, CopyToAsksAboutAnyNameTakenAndTellsOfFailures) {
+    Tone(output / "a.wav");
+    Tone(output / "b.wav");
+    dialog.RefreshFileList();
+    dialog.List().SelectAll();
+    fs::create_directories(elsewhere / "a.wav" / "inside");
+    fs::create_symlink(elsewhere / "gone.wav", elsewhere / "b.wav");
+    ui.QueuePaths({elsewhere.string()});
+    ui.QueueAnswer(LMessageAnswer::Yes); // over the folder "a.wav": the copy fails
+    ui.QueueAnswer(LMessageAnswer::No);  // the link stays
+
+    dialog.RunCommand(CM_COPY_TO);
+    std::vector<std::string> captions;
+    for (const LInteractionCall& call : ui.Calls())
+        if (call.kind == LInteractionKind::Message) captions.push_back(call.caption);
+    ASSERT_EQ(captions.size(), 3u);
+    EXPECT_EQ(captions[0], "Confirm Overwrite");
+    EXPECT_EQ(captions[1], "Confirm Overwrite");
+    EXPECT_NE(ui.Calls().back().text.find("1 file(s) could not be copied"), std::string::npos);
+    EXPECT_TRUE(fs::is_symlink(elsewhere / "b.wav"));
+    EXPECT_TRUE(fs::is_directory(elsewhere / "a.wav" / "inside"));
 }
