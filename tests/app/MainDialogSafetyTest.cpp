@@ -1,9 +1,11 @@
 // The list's file commands never replace a file silently: adding a file does not copy it over
 // another of that name that the list does not show, "Copy To" asks about anything with the
-// name (a link to nothing included) and says when a copy failed.
+// name (a link to nothing included) and says when a copy failed. Two recordings of one name
+// converted for a data disc both reach it.
 #include "app/MainCommands.h"
 #include "app/MainDialog.h"
 
+#include "drives/SystemDiscService.h"
 #include "jobs/ProcessInterfaceVoid.h"
 #include "jobs/ScriptedUserInteraction.h"
 #include "platform/Settings.h"
@@ -14,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 
 namespace fs = std::filesystem;
 
@@ -86,4 +89,29 @@ TEST_F(MainDialogSafety, CopyToAsksAboutAnyNameTakenAndTellsOfFailures) {
     EXPECT_NE(ui.Calls().back().text.find("1 file(s) could not be copied"), std::string::npos);
     EXPECT_TRUE(fs::is_symlink(elsewhere / "b.wav"));
     EXPECT_TRUE(fs::is_directory(elsewhere / "a.wav" / "inside"));
+}
+
+TEST_F(MainDialogSafety, RecordingsOfOneNameAreBothBurntToADataDisc) {
+    SetDiscService(
+        std::make_shared<LSystemDiscService>("cd-r:" + (home.Path() / "disc").string(), false));
+    RunCommand("cd " + ShellQuote(output) +
+               " && sox -n -r 44100 -c 2 -b 16 a.wav synth 1 sine 440"
+               " && sox -n -r 44100 -c 2 -b 16 b.wav synth 3 sine 660"
+               " && lame --quiet b.wav a.mp3 && rm b.wav");
+    LUserSettingSet<int>("OutputFormat", "DataCDType", 1);
+    LUserSettingSet<bool>("OutputFormat", "ReencodeAllFiles", true);
+    LUserSettingSet<bool>("CDRecorder", "EraseCDRW", false);
+    dialog.LoadSavedAudioFiles();
+    ASSERT_EQ(dialog.List().Count(), 2);
+    std::set<std::string> sources;
+    dialog.BurnJobs().data = [&](LProcessInterface&, LBurnDataDisk& job) {
+        for (const auto& [name, item] : job.compilation.Root().children)
+            sources.insert(item->sourcePath);
+        return PROCESS_DONE;
+    };
+    ui.QueueAnswer(LMessageAnswer::Ok);
+    ui.QueueAnswer(LMessageAnswer::No);
+    dialog.BurnSelectedFiles(false);
+    EXPECT_EQ(sources.size(), 2u);
+    SetDiscService(nullptr);
 }
