@@ -23,6 +23,7 @@
 #include "play/JoinJob.h"
 #include "play/SplitJob.h"
 #include "play/WaveOrMp3Source.h"
+#include "record/RecordingsInProgress.h"
 #include "sound/SoundTime.h"
 #include "tags/AudioTagData.h"
 
@@ -95,6 +96,11 @@ void MainDialog::InitDialog() {
         Tell("The attempted auto-installation of the MP3 encoder component has failed. Please "
              "download the file 'mp3el' from the components page of the Vinora Records web site "
              "and install it into the Components folder.");
+    const std::vector<std::string> abandoned = LRecoverAbandonedRecordings(GetVNOutputFolder());
+    if (!abandoned.empty())
+        Tell(Printf("%d recording(s) were left when the program ended while recording. They were "
+                    "kept in the folder \"%s\".",
+                    static_cast<int>(abandoned.size()), FolderOf(abandoned.front()).c_str()));
     gMainNotify.SetTarget(this);
     thrConvertList.SetListFilePath(LQueueFilePath().c_str(), STOP_KEEP_LIST, true);
     diskEvents_ = std::make_unique<LDiskEventListener>([this](int command) { Post(command); },

@@ -10,6 +10,7 @@
 #include "record/DiscSpace.h"
 #include "record/RecordingOutput.h"
 #include "record/SoundRecordDevice.h"
+#include "record/RecordingsInProgress.h"
 #include "restore/RecoveredRecordings.h"
 #include "sound/SinkToSource.h"
 #include "tags/AudioTagData.h"
@@ -140,6 +141,7 @@ void LRecordingPage::RecordStart(bool resume) {
             return;
         }
         currentTime_ = LSoundTime();
+        LNoteRecordingStarted(tempPath_, name_);
     }
     paused_ = false;
     recorder_.Stop();
@@ -215,6 +217,7 @@ void LRecordingPage::SplitTrack() {
     char name[kPathBufferSize];
     GetNewRecordingFileName(name, NameFolders(), host_.QueuedOutputs());
     name_ = name;
+    LNoteRecordingStarted(tempPath_, name_);
     verified_ = false;
     currentTime_ = LSoundTime();
     lastPosition_ = loudEnd_ = 0;
@@ -271,7 +274,10 @@ void LRecordingPage::PlayTone(const char* key, LTone tone) {
 }
 
 void LRecordingPage::DeleteRecording() {
-    if (tempPath_[0]) unlink(tempPath_);
+    if (tempPath_[0]) {
+        LNoteRecordingEnded(tempPath_);
+        unlink(tempPath_);
+    }
     tempPath_[0] = 0;
 }
 
@@ -369,8 +375,11 @@ void LRecordingPage::SaveRecording() {
     _MakeFilePath(destination, folder.c_str(), output.c_str(), format.extension);
     const std::string lengthText = TimeText(length);
     TagRecording(name);
-    if (!CmConvertFile(tempPath_, destination, folder.c_str(), format.extension, lengthText.c_str(),
-                       format.convert, copy, copyFolder.c_str())) {
+    const bool queued = CmConvertFile(tempPath_, destination, folder.c_str(), format.extension,
+                                      lengthText.c_str(), format.convert, copy, copyFolder.c_str());
+    // From here the queue keeps the recording, or the folder of recovered recordings does.
+    LNoteRecordingEnded(tempPath_);
+    if (!queued) {
         LOGERROR("File conversion FAILED");
         RecoverRecording(output);
         return;

@@ -1,5 +1,7 @@
 // A recording session whose file cannot take more audio (a full disk) stops, keeps what was
-// recorded and says so, instead of recording on into nothing.
+// recorded and says so, instead of recording on into nothing. A recording left by a program
+// that was killed while it recorded is kept at the next start, and one still being recorded is
+// left alone.
 #include "record/RecordingPage.h"
 
 #include "codecs/WaveFile.h"
@@ -7,12 +9,14 @@
 #include "jobs/ScriptedUserInteraction.h"
 #include "platform/FileOps.h"
 #include "platform/Settings.h"
+#include "record/RecordingsInProgress.h"
 #include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <memory>
 #include <filesystem>
 #include <sys/resource.h>
 #include <vector>
@@ -66,42 +70,81 @@ private:
 
 } // namespace
 
-TEST(RecordingPageSafety, AFullDiskStopsTheRecordingAndKeepsWhatItHolds) {
-    TempHome home;
-    LPlainMainQueue queue;
-    LMainThreadQueue::SetCurrent(&queue);
-    LScriptedUserInteraction ui;
-    SetUserInteraction(&ui);
-    LUserSettingSet<int>("Settings", "dBNoiseFloor", -40);
-    LUserSettingSet<int>("OutputFormat", "OutputFormatNum", 0);
+class RecordingPageSafety : public testing::Test {
+protected:
+    RecordingPageSafety() {
+        LMainThreadQueue::SetCurrent(&queue_);
+        SetUserInteraction(&ui_);
+        LUserSettingSet<int>("Settings", "dBNoiseFloor", -40);
+        LUserSettingSet<int>("OutputFormat", "OutputFormatNum", 0);
+    }
+    ~RecordingPageSafety() override {
+        unsetenv("VINORA_VIRTUAL_TURNTABLE");
+        SetUserInteraction(nullptr);
+        LMainThreadQueue::SetCurrent(nullptr);
+    }
 
-    // Eight seconds of tone, of which the disk takes four.
-    const fs::path side = home.Path() / "side.wav";
-    {
-        LSoundSink sink = LWaveFile::OpenSinkPCM(side.c_str(), kRate, 2, 16, 0);
-        std::vector<int> tone(static_cast<size_t>(8 * kRate) * 2);
+    // A wave file of `seconds` of loud tone.
+    fs::path Tone(const char* name, int seconds) {
+        const fs::path path = home_.Path() / name;
+        LSoundSink sink = LWaveFile::OpenSinkPCM(path.c_str(), kRate, 2, 16, 0);
+        std::vector<int> tone(static_cast<size_t>(seconds * kRate) * 2);
         for (size_t i = 0; i < tone.size(); ++i)
             tone[i] = (i / 100) % 2 ? 262144 : -262144;
-        sink->Write(tone.data(), 8 * kRate);
+        sink->Write(tone.data(), seconds * kRate);
+        return path;
     }
-    setenv("VINORA_VIRTUAL_TURNTABLE", (side.string() + ",speed=0").c_str(), 1);
-    {
-        Session session(home.Path());
-        LRecordingPage page(session, session);
-        page.SetDevice(LSoundRecordDevice("Virtual Turntable", 0));
-        page.SetPaced(true);
-        FileSizeLimit limit(4 * kRate * 4);
-        page.CmRecord(false);
-        EXPECT_TRUE(queue.RunUntil([&] { return !page.IsRecording(); }, 20000));
 
-        ASSERT_EQ(ui.Calls().size(), 1u);
-        EXPECT_NE(ui.Calls()[0].text.find("could not be written any further"), std::string::npos);
-        ASSERT_EQ(session.queued.size(), 1u);
-        LSoundSource kept = LWaveFile::OpenSource(session.queued[0].sourcePath);
-        EXPECT_EQ(kept->GetError(), sndErrNone);
-        EXPECT_GT(kept->GetEndSample(), 3 * kRate);
+    // The session of a page recording `side` from the Virtual Turntable.
+    std::unique_ptr<LRecordingPage> Page(const fs::path& side) {
+        setenv("VINORA_VIRTUAL_TURNTABLE", (side.string() + ",speed=0").c_str(), 1);
+        auto page = std::make_unique<LRecordingPage>(session_, session_);
+        page->SetDevice(LSoundRecordDevice("Virtual Turntable", 0));
+        page->SetPaced(true);
+        return page;
     }
-    unsetenv("VINORA_VIRTUAL_TURNTABLE");
-    SetUserInteraction(nullptr);
-    LMainThreadQueue::SetCurrent(nullptr);
+
+    TempHome home_;
+    LPlainMainQueue queue_;
+    LScriptedUserInteraction ui_;
+    Session session_{home_.Path()};
+};
+
+TEST_F(RecordingPageSafety, AFullDiskStopsTheRecordingAndKeepsWhatItHolds) {
+    // Eight seconds of tone, of which the disk takes four.
+    std::unique_ptr<LRecordingPage> page = Page(Tone("side.wav", 8));
+    {
+        FileSizeLimit limit(4 * kRate * 4);
+        page->CmRecord(false);
+        EXPECT_TRUE(queue_.RunUntil([&] { return !page->IsRecording(); }, 20000));
+    }
+    ASSERT_EQ(ui_.Calls().size(), 1u);
+    EXPECT_NE(ui_.Calls()[0].text.find("could not be written any further"), std::string::npos);
+    ASSERT_EQ(session_.queued.size(), 1u);
+    LSoundSource kept = LWaveFile::OpenSource(session_.queued[0].sourcePath);
+    EXPECT_EQ(kept->GetError(), sndErrNone);
+    EXPECT_GT(kept->GetEndSample(), 3 * kRate);
+}
+
+TEST_F(RecordingPageSafety, ARecordingLeftByAKilledProgramIsKeptAtTheNextStart) {
+    const std::string output = session_.OutputFolder();
+    std::unique_ptr<LRecordingPage> page = Page(Tone("side.wav", 8));
+    page->CmRecord(false);
+    ASSERT_TRUE(queue_.RunUntil([&] { return page->CurrentPosition() >= 3 * kRate; }, 20000));
+    // Another program starting meanwhile leaves the recording being made alone.
+    EXPECT_TRUE(LRecoverAbandonedRecordings(output).empty());
+    page->CmStopSession(false);
+    ASSERT_EQ(session_.queued.size(), 1u);
+    // Queued, it is the queue's: nothing is left to recover.
+    EXPECT_TRUE(LRecoverAbandonedRecordings(output).empty());
+    EXPECT_TRUE(fs::exists(session_.queued[0].sourcePath));
+
+    // A program killed while it recorded never says that its recording ended.
+    const fs::path left = Tone("0AbCdEf.wav", 1);
+    LNoteRecordingStarted(left.c_str(), "Untitled 07");
+    const std::vector<std::string> recovered = LRecoverAbandonedRecordings(output);
+    const fs::path kept = fs::path(output) / "Recovered Recordings" / "Untitled 07.wav";
+    EXPECT_EQ(recovered, std::vector<std::string>{kept.string()});
+    EXPECT_EQ(LWaveFile::OpenSource(kept.c_str())->GetError(), sndErrNone);
+    EXPECT_TRUE(LRecoverAbandonedRecordings(output).empty());
 }
