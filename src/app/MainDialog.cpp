@@ -369,7 +369,8 @@ bool MainDialog::AddFileToList(const char* path, bool copyToOutputFolder, bool s
         // Another file of that name in the output folder (one whose row was removed without
         // deleting it, one put there since the list was loaded) is never replaced.
         struct stat existing;
-        const bool taken = lstat(target.c_str(), &existing) == 0 && !IsSameFile(path, target.c_str());
+        const bool taken =
+            lstat(target.c_str(), &existing) == 0 && !IsSameFile(path, target.c_str());
         if (taken || !CopyFile(path, target.c_str())) {
             LOG("Copying of file %s to %s has failed", path, target.c_str());
             return false;

@@ -131,7 +131,8 @@ int CliCapture(const CliArgs& args) {
     // (or a link) already there is never cut short, nor removed when nothing is recorded.
     struct stat existing;
     if (lstat(options.path.c_str(), &existing) == 0) {
-        std::fprintf(stderr, "vinora-cli capture: %s: the file exists already and is not replaced\n",
+        std::fprintf(stderr,
+                     "vinora-cli capture: %s: the file exists already and is not replaced\n",
                      options.path.c_str());
         return 2;
     }

@@ -42,7 +42,8 @@ Entries Load() {
         if (end == std::string::npos) end = text.size();
         const std::string line = text.substr(at, end - at);
         const std::size_t tab = line.find('\t');
-        if (tab != std::string::npos) entries.emplace_back(line.substr(0, tab), line.substr(tab + 1));
+        if (tab != std::string::npos)
+            entries.emplace_back(line.substr(0, tab), line.substr(tab + 1));
         at = end + 1;
     }
     return entries;
@@ -100,12 +101,14 @@ std::vector<std::string> LRecoverAbandonedRecordings(const std::string& outputFo
     for (const auto& [path, name] : entries) {
         if (access(path.c_str(), F_OK) != 0) continue;
         char moved[kPathBufferSize];
-        if (IsHeld(path) || !LRecoverRecording(path.c_str(), outputFolder.c_str(), name.c_str(), moved)) {
+        if (IsHeld(path) ||
+            !LRecoverRecording(path.c_str(), outputFolder.c_str(), name.c_str(), moved)) {
             kept.emplace_back(path, name);
             continue;
         }
-        LOGWARN("The recording %s was left by a program that ended while recording; it was kept as %s",
-                path.c_str(), moved);
+        LOGWARN(
+            "The recording %s was left by a program that ended while recording; it was kept as %s",
+            path.c_str(), moved);
         recovered.emplace_back(moved);
     }
     if (kept.size() != entries.size()) Save(kept);

@@ -20,7 +20,8 @@ TEST(ProcessListSafety, ADropThatCannotBeWrittenLeavesTheListWhole) {
     std::vector<uint8_t> before, after;
     ASSERT_TRUE(LoadFile(list.c_str(), before, 0));
 
-    EXPECT_FALSE(WithFileSizeLimit(2000, [&] { return ProcessListFile::DropHead(list.c_str(), kSize); }));
+    EXPECT_FALSE(
+        WithFileSizeLimit(2000, [&] { return ProcessListFile::DropHead(list.c_str(), kSize); }));
     ASSERT_TRUE(LoadFile(list.c_str(), after, 0));
     EXPECT_TRUE(after == before);
 

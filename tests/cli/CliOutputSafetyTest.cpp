@@ -25,8 +25,8 @@ protected:
 } // namespace
 
 TEST_F(CliOutputSafety, AnExistingFileOrLinkIsNotReplaced) {
-    const std::string capture = "VINORA_VIRTUAL_TURNTABLE=" + ShellQuote(In() + ",speed=0") +
-                                " " + VINORA_CLI + " capture ";
+    const std::string capture = "VINORA_VIRTUAL_TURNTABLE=" + ShellQuote(In() + ",speed=0") + " " +
+                                VINORA_CLI + " capture ";
     for (const char* name : {"mine.wav", "dangling.wav"}) {
         const std::string out = ShellQuote((Folder() / name).string());
         const auto before = FolderContents(Folder());
@@ -34,8 +34,8 @@ TEST_F(CliOutputSafety, AnExistingFileOrLinkIsNotReplaced) {
         const std::string decoded = Cli("decode " + ShellQuote(In()) + " " + out, &status);
         EXPECT_EQ(status, 2) << name;
         EXPECT_NE(decoded.find("exists already"), std::string::npos) << decoded;
-        const std::string captured = RunCommand(
-            capture + out + " --device 'Virtual Turntable' --seconds 1 2>&1", &status);
+        const std::string captured =
+            RunCommand(capture + out + " --device 'Virtual Turntable' --seconds 1 2>&1", &status);
         EXPECT_EQ(status, 2) << name;
         EXPECT_NE(captured.find("exists already"), std::string::npos) << captured;
         EXPECT_EQ(FolderContents(Folder()), before) << name;
@@ -46,9 +46,9 @@ TEST_F(CliOutputSafety, AnExistingFileOrLinkIsNotReplaced) {
 TEST_F(CliOutputSafety, ADecodeThatRunsOutOfSpaceLeavesNoFile) {
     const auto before = FolderContents(Folder());
     int status = -1;
-    const std::string printed = CliOnFullDisk(
-        "decode " + ShellQuote(In()) + " " + ShellQuote((Folder() / "out.wav").string()), 100000,
-        &status);
+    const std::string printed = CliOnFullDisk("decode " + ShellQuote(In()) + " " +
+                                                  ShellQuote((Folder() / "out.wav").string()),
+                                              100000, &status);
     EXPECT_EQ(status, 2) << printed;
     EXPECT_EQ(FolderContents(Folder()), before);
 }

@@ -16,8 +16,8 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <memory>
 #include <filesystem>
+#include <memory>
 #include <sys/resource.h>
 #include <vector>
 
@@ -32,9 +32,7 @@ public:
     explicit Session(const fs::path& home) : home_(home) {}
 
     std::string OutputFolder() override { return (home_ / "out").string(); }
-    bool TempWavePath(char* out) override {
-        return GetTempFile(home_.c_str(), out, ".wav");
-    }
+    bool TempWavePath(char* out) override { return GetTempFile(home_.c_str(), out, ".wav"); }
     bool QueueConversion(const LProcessConvert& request) override {
         queued.push_back(request);
         return true;

@@ -152,8 +152,8 @@ TEST_F(ConvertSafety, ALinkToNothingIsNotReplaced) {
     EXPECT_TRUE(fs::is_regular_file(copies / "take (2) - 0.wav"));
 
     char kept[260];
-    ASSERT_TRUE(LRecoverRecording(MakeWave(home_.Path() / "rec.wav").c_str(),
-                                  home_.Path().c_str(), "lost", kept));
+    ASSERT_TRUE(LRecoverRecording(MakeWave(home_.Path() / "rec.wav").c_str(), home_.Path().c_str(),
+                                  "lost", kept));
     EXPECT_EQ(fs::path(kept), recovered / "lost (2).wav");
     for (const fs::path& link : links)
         EXPECT_TRUE(fs::is_symlink(link)) << link;
