@@ -67,7 +67,8 @@ TEST(DesktopE2E, ListsTheFolderAndAddsWhatTheQueueConverts) {
     std::string shown;
     for (int i = 0; i < 300; ++i) {
         shown = ReadText(status);
-        if (CountLines(shown, "row: ") == 4) break;
+        if (CountLines(shown, "row: ") == 4 && shown.find("No Files Queued") != std::string::npos)
+            break;
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
     kill(pid, SIGKILL);
