@@ -212,12 +212,11 @@ std::string MainDialog::ConvertForDataDisc(const std::string& path, const std::s
                                            const char* extension) {
     char name[kPathBufferSize];
     _GetFileNameFromPath(name, path.c_str());
-    const std::string converted = Join(folder, std::string(name) + extension);
     LProcessConvert request;
     CopyField(request.sourcePath, path);
     CopyField(request.outputFolder, folder);
     CopyField(request.outputExtension, extension);
-    CopyField(request.destinationPath, converted);
+    CopyField(request.destinationPath, Join(folder, std::string(name) + extension));
     request.restore = 0;
     request.convert = 1;
     request.addToList = 0;
@@ -227,6 +226,9 @@ std::string MainDialog::ConvertForDataDisc(const std::string& path, const std::s
         return burnJobs_.convert(progress, request);
     });
     if (result != PROCESS_DONE) return {};
+    // Two recordings of one name ("a.wav", "a.mp3") meet here: the second conversion keeps the
+    // first and takes the next free name, which the job hands back.
+    const std::string converted = request.destinationPath;
     if (!Exists(converted)) {
         LOG("File \"%s\" does not exist", converted.c_str());
         return {};

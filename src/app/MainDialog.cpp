@@ -23,6 +23,7 @@
 #include "play/JoinJob.h"
 #include "play/SplitJob.h"
 #include "play/WaveOrMp3Source.h"
+#include "record/RecordingsInProgress.h"
 #include "sound/SoundTime.h"
 #include "tags/AudioTagData.h"
 
@@ -95,6 +96,11 @@ void MainDialog::InitDialog() {
         Tell("The attempted auto-installation of the MP3 encoder component has failed. Please "
              "download the file 'mp3el' from the components page of the Vinora Records web site "
              "and install it into the Components folder.");
+    const std::vector<std::string> abandoned = LRecoverAbandonedRecordings(GetVNOutputFolder());
+    if (!abandoned.empty())
+        Tell(Printf("%d recording(s) were left when the program ended while recording. They were "
+                    "kept in the folder \"%s\".",
+                    static_cast<int>(abandoned.size()), FolderOf(abandoned.front()).c_str()));
     gMainNotify.SetTarget(this);
     thrConvertList.SetListFilePath(LQueueFilePath().c_str(), STOP_KEEP_LIST, true);
     diskEvents_ = std::make_unique<LDiskEventListener>([this](int command) { Post(command); },
@@ -360,7 +366,12 @@ bool MainDialog::AddFileToList(const char* path, bool copyToOutputFolder, bool s
     view_.RowsChanged();
     const std::string target = Join(GetVNOutputFolder(), name);
     if (copyToOutputFolder && strcasecmp(target.c_str(), path) != 0) {
-        if (!CopyFile(path, target.c_str())) {
+        // Another file of that name in the output folder (one whose row was removed without
+        // deleting it, one put there since the list was loaded) is never replaced.
+        struct stat existing;
+        const bool taken =
+            lstat(target.c_str(), &existing) == 0 && !IsSameFile(path, target.c_str());
+        if (taken || !CopyFile(path, target.c_str())) {
             LOG("Copying of file %s to %s has failed", path, target.c_str());
             return false;
         }
@@ -523,17 +534,27 @@ void MainDialog::CmCopyTo() {
     const std::string folder = UserInteraction().ChooseFolder(
         "Please select the folder you want to copy songs to.", GetVNOutputFolder());
     if (folder.empty()) return;
+    int failed = 0;
     for (const std::string& path : SelectedPaths()) {
         const std::string name = FileOf(path);
         const std::string target = Join(folder, name);
-        if (Exists(target) &&
+        // Anything with the name is asked about, a link to nothing included.
+        struct stat existing;
+        if (lstat(target.c_str(), &existing) == 0 &&
             Ask(Printf("File \"%s\" already exist in folder \"%s\"! Do you want to overwrite it?",
                        name.c_str(), folder.c_str()),
                 "Confirm Overwrite", LMessageButtons::YesNo) == LMessageAnswer::No)
             continue;
-        if (!CopyFile(path.c_str(), target.c_str()))
-            LOGERROR("Copying of file %s to %s has failed", path.c_str(), target.c_str());
+        if (!CopyFile(path.c_str(), target.c_str())) {
+            LOGERROR("Copying of file %s to %s has failed: %s", path.c_str(), target.c_str(),
+                     std::strerror(errno));
+            ++failed;
+        }
     }
+    if (failed > 0)
+        Tell(Printf("%d file(s) could not be copied to the folder \"%s\". The folder may be full "
+                    "or read-only; the log holds the details.",
+                    failed, folder.c_str()));
 }
 
 void MainDialog::CmEditWithSoundEditor() {

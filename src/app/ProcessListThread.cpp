@@ -1,8 +1,10 @@
 #include "app/ProcessListThread.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/File.h"
 #include "platform/Settings.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -32,10 +34,26 @@ uint32_t Field(const Header& header, int at, int width) {
     return value;
 }
 
+// Opens the list with one of the locking opens and makes sure the lock is on the file that has
+// the name now: DropHead puts a new file in the list's place, and a writer that waited for the
+// lock on the old one would otherwise write into a file that is gone. -1 when it cannot.
+int OpenCurrent(const char* path, int (*openLocked)(const char*, uint32_t)) {
+    for (int tries = 0; tries < 100; ++tries) {
+        const int fd = openLocked(path, kLockWaitMs);
+        if (fd < 0) return fd;
+        struct stat opened, named;
+        if (fstat(fd, &opened) == 0 && stat(path, &named) == 0 && opened.st_dev == named.st_dev &&
+            opened.st_ino == named.st_ino)
+            return fd;
+        close(fd);
+    }
+    return -1;
+}
+
 } // namespace
 
 bool Resume(const char* path, std::size_t recordSize, const DiscardHandler& discarded) {
-    LFile file(_OpenReadWrite(path, kLockWaitMs));
+    LFile file(OpenCurrent(path, _OpenReadWrite));
     const int failCount = LUserSettingGet<int>("Settings", "FailCount", 1);
     Header header{};
     const bool whole = file.IsOpen() && file.Read(header.data(), header.size()) == kHeaderSize;
@@ -61,7 +79,7 @@ bool Resume(const char* path, std::size_t recordSize, const DiscardHandler& disc
 }
 
 bool Append(const char* path, const void* record, std::size_t recordSize) {
-    LFile file(_OpenAppendAlways(path, kLockWaitMs));
+    LFile file(OpenCurrent(path, _OpenAppendAlways));
     if (!file.IsOpen()) return false;
     const int64_t size = file.GetSize();
     bool written = size >= 0;
@@ -76,32 +94,30 @@ bool Append(const char* path, const void* record, std::size_t recordSize) {
 }
 
 std::size_t ReadHead(const char* path, void* record, std::size_t recordSize) {
-    LFile file(_OpenRead(path, kLockWaitMs));
+    LFile file(OpenCurrent(path, _OpenRead));
     if (!file.IsOpen() || file.Seek(kHeaderSize) != static_cast<int64_t>(kHeaderSize)) return 0;
     const ssize_t got = file.Read(record, recordSize);
     return got > 0 ? static_cast<std::size_t>(got) : 0;
 }
 
 bool DropHead(const char* path, std::size_t recordSize) {
-    LFile file(_OpenReadWrite(path, kLockWaitMs));
+    LFile file(OpenCurrent(path, _OpenReadWrite));
     if (!file.IsOpen()) return false;
     const int64_t size = file.GetSize();
     const int64_t records =
         size > static_cast<int64_t>(kHeaderSize)
             ? (size - static_cast<int64_t>(kHeaderSize)) / static_cast<int64_t>(recordSize)
             : 0;
-    int64_t end = 0;
-    if (records > 1) {
-        std::vector<uint8_t> rest(static_cast<std::size_t>(records - 1) * recordSize);
-        file.Seek(static_cast<int64_t>(kHeaderSize + recordSize));
-        if (file.Read(rest.data(), rest.size()) != static_cast<ssize_t>(rest.size())) return false;
-        const Header header = MakeHeader(0, recordSize);
-        file.Seek(0);
-        if (!file.Write(header.data(), header.size()) || !file.Write(rest.data(), rest.size()))
-            return false;
-        end = static_cast<int64_t>(kHeaderSize + rest.size());
-    }
-    return ftruncate(file.GetFd(), end) == 0;
+    if (records <= 1) return ftruncate(file.GetFd(), 0) == 0;
+    std::vector<uint8_t> rest(static_cast<std::size_t>(records - 1) * recordSize);
+    file.Seek(static_cast<int64_t>(kHeaderSize + recordSize));
+    if (file.Read(rest.data(), rest.size()) != static_cast<ssize_t>(rest.size())) return false;
+    // The rest goes into a new file that takes the list's place whole: a list rewritten in
+    // place and cut short (a full disk, a crash) would hold requests made of two halves.
+    const Header header = MakeHeader(0, recordSize);
+    LAtomicFile shorter(path);
+    return shorter.IsOpen() && shorter.File().Write(header.data(), header.size()) &&
+           shorter.File().Write(rest.data(), rest.size()) && shorter.Commit(kFileMode, true);
 }
 
 void Delete(const char* path) {

@@ -44,8 +44,9 @@ bool Resume(const char* path, std::size_t recordSize, const DiscardHandler& disc
 bool Append(const char* path, const void* record, std::size_t recordSize);
 // Reads the head record. Returns the bytes read: recordSize, or fewer at the end of the list.
 std::size_t ReadHead(const char* path, void* record, std::size_t recordSize);
-// Removes the head record; the rest follows a fresh header (resume count 0). A list whose
-// only record is removed becomes an empty file. False when the file could not be rewritten.
+// Removes the head record; the rest follows a fresh header (resume count 0) in a new file that
+// takes the list's place whole. A list whose only record is removed becomes an empty file.
+// False, with the list as it was, when the file could not be rewritten.
 bool DropHead(const char* path, std::size_t recordSize);
 void Delete(const char* path);
 

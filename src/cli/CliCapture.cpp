@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -125,6 +126,16 @@ int CliCapture(const CliArgs& args) {
         device = LSettingGetSoundRecordDevice("Settings", "SoundInDevice");
     }
 
+    // The recording goes straight into OUT, so that it can be watched as it grows and a
+    // capture that is killed still leaves what it recorded. OUT must therefore be new: a file
+    // (or a link) already there is never cut short, nor removed when nothing is recorded.
+    struct stat existing;
+    if (lstat(options.path.c_str(), &existing) == 0) {
+        std::fprintf(stderr,
+                     "vinora-cli capture: %s: the file exists already and is not replaced\n",
+                     options.path.c_str());
+        return 2;
+    }
     LSoundSink sink = LWaveFile::OpenSinkPCM(options.path.c_str(), kSampleRate, kChannels, 16, 0);
     if (sink->IsFailed()) {
         std::fprintf(stderr, "vinora-cli capture: %s: the file cannot be written\n",

@@ -4,12 +4,16 @@
 
 #include "codecs/AiffFile.h"
 #include "codecs/WaveFile.h"
+#include "platform/FileOps.h"
+#include "play/WaveOrMp3Source.h"
 #include "sound/ConvertRateChannels.h"
 #include "sound/SourceToSink.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -73,18 +77,40 @@ int CliDecode(const CliArgs& args) {
         return 2;
     }
 
+    // Something already there, even a dangling link, is never replaced.
+    struct stat existing;
+    if (lstat(options.out.c_str(), &existing) == 0) {
+        std::fprintf(stderr, "vinora-cli decode: %s: the file exists already and is not replaced\n",
+                     options.out.c_str());
+        return 2;
+    }
+    // The audio goes into a hidden file beside OUT, which takes OUT's name only when complete.
+    const std::string writing = MakeHiddenTemporary(options.out);
     LPRSourceToSink job;
     job.source = source;
-    job.sink = CliHasExtension(options.out, ".aif") || CliHasExtension(options.out, ".aiff")
-                   ? LAifFile::OpenSinkPCM16(options.out.c_str(), rate, channels)
-                   : LWaveFile::OpenSinkPCM(options.out.c_str(), rate, channels, 16, 0);
+    if (!writing.empty())
+        job.sink = CliHasExtension(options.out, ".aif") || CliHasExtension(options.out, ".aiff")
+                       ? LAifFile::OpenSinkPCM16(writing.c_str(), rate, channels)
+                       : LWaveFile::OpenSinkPCM(writing.c_str(), rate, channels, 16, 0);
     if (job.sink->IsFailed()) {
+        if (!writing.empty()) unlink(writing.c_str());
         std::fprintf(stderr, "vinora-cli decode: %s: the file could not be written\n",
                      options.out.c_str());
         return 2;
     }
     CliJobProgress progress;
-    const LProcessResult result = Process(progress, job);
+    LProcessResult result = Process(progress, job);
+    // A sink that could not take everything (a full disk) did not write a whole file.
+    const bool whole = !job.sink->IsFailed();
+    job.sink.Close();
+    if (result == PROCESS_DONE &&
+        (!whole || !SyncFile(writing.c_str()) ||
+         !RenameNoReplace(writing.c_str(), options.out.c_str()))) {
+        std::fprintf(stderr, "vinora-cli decode: %s: the file could not be written\n",
+                     options.out.c_str());
+        result = PROCESS_FAILED;
+    }
+    if (result != PROCESS_DONE) unlink(writing.c_str());
     if (result == PROCESS_STOPPED) std::fprintf(stderr, "vinora-cli decode: stopped\n");
     return result;
 }

@@ -7,6 +7,7 @@
 #include "platform/OutputFolders.h"
 #include "platform/Paths.h"
 #include "platform/UserFolders.h"
+#include "record/RecordingsInProgress.h"
 
 #include <cstdio>
 
@@ -88,6 +89,11 @@ int64_t CliRecordingSession::ElapsedMs() const {
 
 int CliRecordingSession::Run(std::optional<LSoundRecordDevice> device, bool paced, double seconds,
                              bool untilSilence) {
+    for (const std::string& kept : LRecoverAbandonedRecordings(OutputFolder()))
+        std::fprintf(stderr,
+                     "vinora-cli: a recording left by a program that ended while recording was "
+                     "kept as %s\n",
+                     kept.c_str());
     CliMainLoop loop;
     LRecordingPage page(*this, *this);
     if (device) page.SetDevice(*device);

@@ -42,10 +42,11 @@ bool Mp3CreateEncoderCommandLine(char* out, int& sinkRate, unsigned char& sinkCh
         std::snprintf(bitRates, sizeof bitRates, "-v -b %d -B %d -V %d", settings.vbrMinBitRate,
                       settings.vbrMaxBitRate, settings.vbrQuality);
 
+    // A path cut short to fit would make the encoder write some other file.
     char escapedEncoder[kPathBufferSize];
-    EscapeFilePath(escapedEncoder, encoder);
     char escapedOutput[kPathBufferSize];
-    EscapeFilePath(escapedOutput, outputPath);
+    if (!EscapeFilePath(escapedEncoder, encoder) || !EscapeFilePath(escapedOutput, outputPath))
+        return false;
     const int written = std::snprintf(
         out, kMp3CommandLineSize, "\"%s\"%s -m %s%s %s -r -x -s %d.%.3d -S - \"%s\"",
         escapedEncoder, downmix, kModeLetters[mode], settings.errorProtection ? " -p" : "",

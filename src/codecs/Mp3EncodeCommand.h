@@ -15,7 +15,8 @@ inline constexpr std::size_t kMp3CommandLineSize = 860;
 
 // Writes the command line into `out` and hands back the rate and channel count the piped
 // samples must have: the rate from LMp3CorrectSampleRate, the source's channels (at most 2),
-// or 1 when the lowest bit rate is 23 kbps or less. False when the encoder cannot be found.
+// or 1 when the lowest bit rate is 23 kbps or less. False when the encoder cannot be found, or
+// when a path does not fit the command line whole.
 bool Mp3CreateEncoderCommandLine(char* out, int& sinkRate, unsigned char& sinkChannels,
                                  const char* outputPath, const LMp3EncodeSettings& settings,
                                  int rate, unsigned char channels);

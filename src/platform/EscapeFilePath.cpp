@@ -4,10 +4,11 @@
 
 #include <cstring>
 
-void EscapeFilePath(char* out, const char* path) {
+bool EscapeFilePath(char* out, const char* path) {
     char escaped[kPathBufferSize];
     std::size_t length = 0;
-    for (const char* p = path; *p; ++p) {
+    const char* p = path;
+    for (; *p; ++p) {
         const bool special = std::strchr("\"`$\\", *p) != nullptr;
         const std::size_t needed = special ? 2 : 1;
         if (length + needed > kPathBufferSize - 1) break;
@@ -16,4 +17,5 @@ void EscapeFilePath(char* out, const char* path) {
     }
     escaped[length] = '\0';
     std::memcpy(out, escaped, length + 1);
+    return *p == '\0';
 }

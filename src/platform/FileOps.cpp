@@ -2,6 +2,7 @@
 
 #include "platform/AtomicFile.h"
 #include "platform/File.h"
+#include "platform/FileLock.h"
 #include "platform/Paths.h"
 
 #include <cerrno>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <strings.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -63,14 +65,16 @@ bool LoadFile(const char* path, std::vector<uint8_t>& data, uint32_t waitMs) {
 }
 
 bool SaveFile(const char* path, const void* data, std::size_t length, uint32_t waitMs) {
-    // The lock keeps other writers of the old file out while the new one is made.
-    LFile old(_OpenReadWrite(path, waitMs));
+    // The lock keeps other writers of the old file out while the new one is made. A missing file
+    // is not created for it: a save that fails then leaves nothing behind.
+    LFile old(open(path, O_RDWR | O_CLOEXEC));
+    if (old.IsOpen()) flocktimed(old.GetFd(), LOCK_EX, waitMs);
     LAtomicFile file(path);
-    return file.IsOpen() && file.File().Write(data, length) && file.Commit(kFileMode, false);
+    return file.IsOpen() && file.File().Write(data, length) && file.Commit(kFileMode, true);
 }
 
 bool CopyFile(const char* from, const char* to) {
-    return CopyWhole(from, to, kFileMode, false);
+    return CopyWhole(from, to, kFileMode, true);
 }
 
 bool MoveFile(const char* from, const char* to) {
@@ -104,7 +108,13 @@ bool SyncFile(const char* path) {
 bool TestFolderWritable(const char* folder) {
     char path[kPathBufferSize];
     _MakeFilePath(path, folder, "__wt");
-    const int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    // Only a file this test made is removed: when the folder holds a "__wt" already (someone
+    // else's), a name of our own is tried instead.
+    int fd = open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0 && errno == EEXIST) {
+        _MakeFilePath(path, folder, "__wtXXXXXX");
+        fd = mkostemp(path, O_CLOEXEC);
+    }
     if (fd < 0) return false;
     close(fd);
     unlink(path);
@@ -123,6 +133,10 @@ bool GetTempFile(const char* folder, char* out, const char* ext) {
     close(fd);
     std::memcpy(out, path, kPathBufferSize);
     return true;
+}
+
+bool IsSameFile(const char* a, const char* b) {
+    return std::strcmp(a, b) == 0 || SameFile(a, b);
 }
 
 time_t GetFileModifiedTime(const char* path) {

@@ -146,6 +146,8 @@ int DownloadFile(LProcessInterface& pi, const char* url, const char* localPath, 
         long long length = -1;
         result = ReadHeaders(pi, socket, length);
         if (result == PROCESS_DONE) result = ReceiveBody(pi, socket, file, length);
+        // On the disk before the caller gives the file its name.
+        if (result == PROCESS_DONE && fsync(file.GetFd()) != 0) result = PROCESS_FAILED;
     }
     if (result != PROCESS_DONE) unlink(localPath);
     return result;

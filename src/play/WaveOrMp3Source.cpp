@@ -71,6 +71,8 @@ std::string NumberedName(const std::string& path, int counter) {
 
 std::string CommitToFreeName(const std::string& temporary,
                              const std::function<std::string(int counter)>& name) {
+    // On the disk before it takes a name that says it is finished.
+    if (!SyncFile(temporary.c_str())) return {};
     for (int counter = 0; counter < kMaxCounter; ++counter) {
         const std::string target = name(counter);
         if (RenameNoReplace(temporary.c_str(), target.c_str())) return target;

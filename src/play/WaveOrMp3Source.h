@@ -27,9 +27,9 @@ std::string MakeHiddenTemporary(const std::string& target);
 // "folder/name (01).ext" for counter 1 and so on; the path itself for counter 0.
 std::string NumberedName(const std::string& path, int counter);
 
-// Gives the complete file `temporary` the name `name(counter)` for counter 0, 1, 2... (0 being
-// the name wanted), the first that no file has, never replacing one. The name taken, or ""
-// (with errno set) when the rename failed for another reason.
+// Syncs the complete file `temporary` to the disk and gives it the name `name(counter)` for
+// counter 0, 1, 2... (0 being the name wanted), the first that no file has, never replacing one.
+// The name taken, or "" (with errno set) when the sync or the rename failed for another reason.
 std::string CommitToFreeName(const std::string& temporary,
                              const std::function<std::string(int counter)>& name);
 

@@ -10,6 +10,7 @@
 #include "record/DiscSpace.h"
 #include "record/RecordingOutput.h"
 #include "record/SoundRecordDevice.h"
+#include "record/RecordingsInProgress.h"
 #include "restore/RecoveredRecordings.h"
 #include "sound/SinkToSource.h"
 #include "tags/AudioTagData.h"
@@ -140,6 +141,7 @@ void LRecordingPage::RecordStart(bool resume) {
             return;
         }
         currentTime_ = LSoundTime();
+        LNoteRecordingStarted(tempPath_, name_);
     }
     paused_ = false;
     recorder_.Stop();
@@ -215,6 +217,7 @@ void LRecordingPage::SplitTrack() {
     char name[kPathBufferSize];
     GetNewRecordingFileName(name, NameFolders(), host_.QueuedOutputs());
     name_ = name;
+    LNoteRecordingStarted(tempPath_, name_);
     verified_ = false;
     currentTime_ = LSoundTime();
     lastPosition_ = loudEnd_ = 0;
@@ -271,7 +274,10 @@ void LRecordingPage::PlayTone(const char* key, LTone tone) {
 }
 
 void LRecordingPage::DeleteRecording() {
-    if (tempPath_[0]) unlink(tempPath_);
+    if (tempPath_[0]) {
+        LNoteRecordingEnded(tempPath_);
+        unlink(tempPath_);
+    }
     tempPath_[0] = 0;
 }
 
@@ -369,8 +375,11 @@ void LRecordingPage::SaveRecording() {
     _MakeFilePath(destination, folder.c_str(), output.c_str(), format.extension);
     const std::string lengthText = TimeText(length);
     TagRecording(name);
-    if (!CmConvertFile(tempPath_, destination, folder.c_str(), format.extension, lengthText.c_str(),
-                       format.convert, copy, copyFolder.c_str())) {
+    const bool queued = CmConvertFile(tempPath_, destination, folder.c_str(), format.extension,
+                                      lengthText.c_str(), format.convert, copy, copyFolder.c_str());
+    // From here the queue keeps the recording, or the folder of recovered recordings does.
+    LNoteRecordingEnded(tempPath_);
+    if (!queued) {
         LOGERROR("File conversion FAILED");
         RecoverRecording(output);
         return;
@@ -379,6 +388,15 @@ void LRecordingPage::SaveRecording() {
     LUserSettingSetString("RecordingPage", "TotalTime", TimeText(sessionTime_).c_str());
     view_.TrackKept(name, destination, length, tail_);
     tempPath_[0] = 0;
+}
+
+void LRecordingPage::StopOnWriteFailure() {
+    LOGERROR("The recording %s could not be written any further to %s", name_.c_str(), tempPath_);
+    CmStopSession(false);
+    UserInteraction().ShowError(
+        "The recording could not be written any further: the disk is full, or the file has "
+        "reached the largest size allowed.\r\n\r\nThe recording has stopped. What was recorded "
+        "until then is kept.");
 }
 
 void LRecordingPage::RecoverRecording(const std::string& name) {
@@ -493,6 +511,10 @@ void LRecordingPage::srntfTime(LSoundTime time, long) {
 void LRecordingPage::srntfLevel(const LDBMC& levels, long) {
     view_.Levels(levels);
     if (!detector_ || paused_ || recorder_.GetState() == 0) return;
+    if (sink_->IsFailed()) {
+        StopOnWriteFailure();
+        return;
+    }
     lastPosition_ = sink_->GetPosition();
     const LTrackDetector::Result result =
         detector_->OnLevel(levels, lastPosition_, sink_->GetSampleRate());

@@ -119,6 +119,9 @@ private:
     // above the floor would keep a track going well into the gap after it.
     void CutAfterLastLoud();
     void SaveRecording();
+    // The recording's file takes no more audio (a full disk, or the largest file size allowed):
+    // what it holds is kept as Stop keeps it, the session ends, and the user is told.
+    void StopOnWriteFailure();
     // Keeps a recording the queue refused in the output folder's "Recovered Recordings" and
     // tells the user where it is.
     void RecoverRecording(const std::string& name);

@@ -8,12 +8,13 @@
 #include "platform/Folders.h"
 #include "platform/Log.h"
 #include "platform/Paths.h"
+#include "platform/UserFolders.h"
 #include "restore/ConvertNotify.h"
+#include "restore/RecoveredRecordings.h"
 #include "restore/RestoreChain.h"
 #include "sound/SourceToSink.h"
 #include "tags/AudioTagData.h"
 
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,18 +29,16 @@
 
 namespace {
 
+// Whether anything has the name, a link to nothing included.
 bool Exists(const char* path) {
-    return access(path, F_OK) == 0;
+    struct stat status;
+    return lstat(path, &status) == 0;
 }
 
 // A regular file that holds something.
 bool IsWrittenFile(const char* path) {
     struct stat status;
     return stat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
-}
-
-bool SameText(const char* a, const char* b) {
-    return strcasecmp(a, b) == 0;
 }
 
 LSoundSink OpenSinkByExtension(const char* path, const char* extension, int rate,
@@ -197,13 +196,19 @@ template <typename Place> bool PlaceAtFreeName(LProcessConvert& job, Place place
 
 // What is done with the written file once the pass succeeded: it takes the destination's name
 // (or, when the conversion is not kept, the source itself moves there). A file that is already
-// there is never replaced, unless it is the source converted onto itself: the output then takes
-// the next free name. False when the output could not be put in place; the source is then kept.
-bool FinishOutput(LProcessConvert& job, const char* writePath) {
-    const bool inPlace = SameText(job.sourcePath, job.destinationPath);
+// there is never replaced, unless it is the source converted onto itself (`inPlace`): the output
+// otherwise takes the next free name. False when the output could not be put in place; the
+// source is then kept.
+bool FinishOutput(LProcessConvert& job, const char* writePath, bool inPlace) {
     if (job.convert || inPlace) {
-        // On the disk first when the recording it comes from is deleted next.
-        if (job.deleteSource) SyncFile(writePath);
+        // On the disk before it takes the name: it may replace the source, or the recording it
+        // comes from may be deleted next.
+        if (!SyncFile(writePath)) {
+            LOGERROR("File conversion FAILED: could not write to the sink file %s",
+                     job.destinationPath);
+            unlink(writePath);
+            return false;
+        }
         const bool placed =
             inPlace ? std::rename(writePath, job.destinationPath) == 0
                     : PlaceAtFreeName(job, [&](const char* to) {
@@ -257,8 +262,13 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job,
     // looks finished, and converting a file onto itself replaces it in one step.
     char writePath[kPathBufferSize];
     LGetPartialOutputPath(writePath, job.destinationPath);
-    inPlace = SameText(job.sourcePath, job.destinationPath);
+    // Only the source itself is replaced: a destination whose name differs from the source's in
+    // case alone is another file where case counts.
+    inPlace = IsSameFile(job.sourcePath, job.destinationPath);
     LOG("Converting file to destination %s", job.destinationPath);
+    // A hidden file left by an earlier run of this request is ours to drop. Starting afresh
+    // also means a link someone put under that name is never written through.
+    unlink(writePath);
 
     LSoundSource source = LOpenAudioFileSource(job.sourcePath);
     if (source->GetError() != sndErrNone) {
@@ -286,7 +296,7 @@ LProcessResult Convert(LProcessInterface& progress, LProcessConvert& job,
     }
 
     LProcessResult result = WriteOutput(progress, job, source, sink, writePath);
-    if (result == PROCESS_DONE && !FinishOutput(job, writePath)) result = PROCESS_FAILED;
+    if (result == PROCESS_DONE && !FinishOutput(job, writePath, inPlace)) result = PROCESS_FAILED;
     return result;
 }
 
@@ -305,15 +315,38 @@ void LGetPartialOutputPath(char* out, const char* destination) {
 
 namespace {
 
+// A recording the job was to delete when done exists only among the temporary recordings, where
+// nobody looks for it: when its conversion fails it is kept in the output folder instead.
+void KeepFailedRecording(const LProcessConvert& job) {
+    if (!job.deleteSource || std::strncmp(job.sourcePath, kTemporaryRecordingFolder,
+                                          std::strlen(kTemporaryRecordingFolder)) != 0 ||
+        !Exists(job.sourcePath))
+        return;
+    char name[kPathBufferSize], kept[kPathBufferSize];
+    _GetFileNameFromPath(name, job.destinationPath[0] ? job.destinationPath : job.sourcePath);
+    if (LRecoverRecording(job.sourcePath, job.outputFolder, name, kept))
+        LOGWARN("The recording %s could not be converted; it was kept as %s", job.sourcePath,
+                kept);
+}
+
 LProcessResult Run(LProcessInterface& progress, LProcessConvert& job,
                    const LRestoreChoices* choices) {
     LTerminateRequestStrings(job);
     bool inPlace = false;
     const LProcessResult result = Convert(progress, job, choices, inPlace);
     ConvertNotify().SetStatusText("");
+    if (result == PROCESS_FAILED) KeepFailedRecording(job);
     // A source that was moved or replaced is gone already.
-    if (result == PROCESS_DONE && job.deleteSource && !inPlace && job.convert)
-        unlink(job.sourcePath);
+    if (result == PROCESS_DONE && job.deleteSource && !inPlace && job.convert) {
+        // The output's new name is on the disk before the recording goes.
+        char folder[kPathBufferSize];
+        _GetFolderFromPath(folder, job.destinationPath);
+        if (SyncFile(folder[0] ? folder : job.destinationPath[0] == '/' ? "/" : "."))
+            unlink(job.sourcePath);
+        else
+            LOGERROR("The recording %s is kept: the folder of %s could not be synced",
+                     job.sourcePath, job.destinationPath);
+    }
     return result;
 }
 

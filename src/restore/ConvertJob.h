@@ -38,7 +38,8 @@ void LGetRequestDestination(char* out, const LProcessConvert& request);
 // LGetPartialOutputPath and takes the destination's name only when it is complete. Every
 // failure is logged; whenever the result is not PROCESS_DONE the source is kept and no partial
 // output is left (a run killed midway leaves only the hidden file, which the next run of the
-// request writes again).
+// request writes again). A temporary recording that a failed job was to delete is moved where
+// the user finds it: the output folder's "Recovered Recordings".
 LProcessResult Process(LProcessInterface& progress, LProcessConvert& job);
 // The same with the restoration chosen by the caller instead of the stored one.
 LProcessResult Process(LProcessInterface& progress, LProcessConvert& job,

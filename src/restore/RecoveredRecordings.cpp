@@ -5,7 +5,7 @@
 #include "platform/Log.h"
 #include "platform/Paths.h"
 
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <string>
 
@@ -24,7 +24,9 @@ bool LRecoverRecording(const char* recording, const char* outputFolder, const ch
         return false;
     }
     _MakeFilePath(kept, folder, name, ".wav");
-    for (int n = 2; access(kept, F_OK) == 0; ++n)
+    // Anything with the name is kept, a link to nothing included.
+    struct stat status;
+    for (int n = 2; lstat(kept, &status) == 0; ++n)
         _MakeFilePath(kept, folder, (std::string(name) + " (" + std::to_string(n) + ")").c_str(),
                       ".wav");
     if (!MoveFile(recording, kept)) {

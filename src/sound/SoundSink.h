@@ -32,7 +32,8 @@ protected:
     std::atomic<int> position_ = 0;
     int sampleRate_;
     unsigned char channels_;
-    uint8_t error_ = 0;
+    // Set by the thread that writes the sink; a window may read it meanwhile.
+    std::atomic<uint8_t> error_ = 0;
 
 private:
     friend class LSoundSink;

@@ -170,5 +170,6 @@ bool RewriteMP3Tags(const char* path, const LAudioTagData& tags, bool id3v1, boo
         at += static_cast<int64_t>(count);
     }
     if (hasBlock && !out.File().Write(block, kBlockSize)) return false;
-    return out.Commit(info.st_mode & 07777, false);
+    // Synced first: the rename replaces the user's file.
+    return out.Commit(info.st_mode & 07777, true);
 }

@@ -1,7 +1,7 @@
 #include "ui/MainWindow.h"
 
 #include "app/MainCommands.h"
-#include "platform/FileOps.h"
+#include "platform/AtomicFile.h"
 #include "platform/ProgramInfo.h"
 #include "platform/UpdateCheck.h"
 #include "platform/Settings.h"
@@ -275,7 +275,9 @@ void LMainWindow::WriteStatusFile() const {
         text += "pane " + std::to_string(pane) + ": " + dialog_->StatusPane(pane) + "\n";
     for (const LRecordingRow& row : dialog_->List().Rows())
         text += "row: " + row.name + "\t" + row.duration + "\t" + row.size + "\n";
-    SaveFile(path.constData(), text.data(), text.size(), 1000);
+    // A mirror of the window for scripts, rewritten at every change: whole, but not synced.
+    LAtomicFile file(path.constData());
+    if (file.IsOpen() && file.File().Write(text.data(), text.size())) file.Commit(kFileMode, false);
 }
 
 void LMainWindow::BeginRename(int row) {
