@@ -40,9 +40,11 @@ void LIMASoundSource::StartAt(int64_t offset) {
 bool LIMASoundSource::NextByte(uint8_t& byte) {
     if (byteIndex_ == byteCount_) {
         const int64_t want = std::min<int64_t>(kReadBytes, dataEnd_ - readOffset_);
+        bool failed = false;
         byteCount_ = want > 0 ? static_cast<int>(ReadFileAt(file_, readOffset_, bytes_,
-                                                            static_cast<size_t>(want)))
+                                                            static_cast<size_t>(want), failed))
                               : 0;
+        if (failed) error_ = sndErrRead;
         byteIndex_ = 0;
         readOffset_ += byteCount_;
         if (byteCount_ == 0) return false;

@@ -236,6 +236,7 @@ void LMP3Source::Read(int* buffer, int frames) {
             delivered_ = 0;
         }
     }
+    if (file_.Failed()) error_ = sndErrRead;
     if (remaining > 0) {
         // The stream ended (or broke off) before its estimated end.
         end_ = std::min(end_, position_ - tail - remaining);

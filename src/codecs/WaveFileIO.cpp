@@ -5,16 +5,22 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-size_t ReadFileAt(const LFile& file, int64_t offset, void* data, size_t size) {
+size_t ReadFileAt(const LFile& file, int64_t offset, void* data, size_t size, bool& failed) {
     size_t done = 0;
     while (done < size) {
         const ssize_t n = ::pread(file.GetFd(), static_cast<char*>(data) + done, size - done,
                                   static_cast<off_t>(offset + static_cast<int64_t>(done)));
         if (n < 0 && errno == EINTR) continue;
+        if (n < 0) failed = true;
         if (n <= 0) break;
         done += static_cast<size_t>(n);
     }
     return done;
+}
+
+size_t ReadFileAt(const LFile& file, int64_t offset, void* data, size_t size) {
+    bool failed = false;
+    return ReadFileAt(file, offset, data, size, failed);
 }
 
 bool WriteFileAt(const LFile& file, int64_t offset, const void* data, size_t size) {

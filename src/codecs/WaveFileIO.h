@@ -9,7 +9,9 @@
 // a source or sink never depends on where the descriptor's own position happens to be.
 
 // Reads up to `size` bytes at `offset`; returns how many were read (fewer at the end of the
-// file or on an error).
+// file or on an error). `failed` is set when an error, not the file's end, cut the read short.
+size_t ReadFileAt(const LFile& file, int64_t offset, void* data, size_t size, bool& failed);
+// The same where a failed read may count as the end (headers, sizes).
 size_t ReadFileAt(const LFile& file, int64_t offset, void* data, size_t size);
 // Writes all bytes at `offset`; false when not everything was written.
 bool WriteFileAt(const LFile& file, int64_t offset, const void* data, size_t size);

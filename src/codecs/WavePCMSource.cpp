@@ -50,8 +50,11 @@ void LSRCPCMFileBase::ReadBlock(int* buffer, int frames) {
     size_t bytes = 0;
     if (count > 0 && file_.IsOpen()) {
         const int64_t offset = dataStart_ + static_cast<int64_t>(first) * bytesPerFrame_;
-        bytes =
-            ReadFileAt(file_, offset, stored_.data(), static_cast<size_t>(count) * bytesPerFrame_);
+        bool failed = false;
+        bytes = ReadFileAt(file_, offset, stored_.data(),
+                           static_cast<size_t>(count) * bytesPerFrame_, failed);
+        // A disk that cannot give the samples is not the recording's end.
+        if (failed) error_ = sndErrRead;
     }
     // A file shorter than its header says ends where its samples end.
     if (frameCount_ >= 0 && bytes < static_cast<size_t>(count) * bytesPerFrame_)

@@ -1,7 +1,12 @@
 #include "WaveTestUtil.h"
 
 #include "codecs/WaveFile.h"
+#include "codecs/WavePCMSource.h"
+#include "jobs/ProcessInterfaceVoid.h"
 #include "platform/File.h"
+#include "sound/SourceToSink.h"
+
+#include <fcntl.h>
 
 #include <gtest/gtest.h>
 
@@ -96,6 +101,24 @@ TEST_F(WaveFileTest, FileBeingWrittenIsReadAsFarAsItGoes) {
     EXPECT_TRUE(source->IsStreaming());
     EXPECT_EQ(source->GetEndSample(), 3);
     EXPECT_EQ(ReadFrames(source, 4), (std::vector<int>{16, 32, 48, 0}));
+}
+
+// A disk that fails to give the samples (here a descriptor that cannot be read) is an error of
+// the source, never the recording's end: a conversion that took it for the end would finish a
+// short copy and delete the recording.
+TEST_F(WaveFileTest, AReadTheDiskFailsIsAnErrorNotTheEnd) {
+    LSoundSource source(new LSRCPCMFile<LSF16>(
+        LFile(open(home_.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)), 44, 44100, 2, 4000));
+    ASSERT_EQ(source->GetError(), sndErrNone);
+    std::vector<int> buffer(200);
+    source->Read(buffer.data(), 100);
+    EXPECT_EQ(source->GetError(), sndErrRead);
+
+    LPRSourceToSink pump;
+    pump.source = source;
+    pump.sink = LWaveFile::OpenSinkPCM(PathOf("copy.wav").c_str(), 44100, 2, 16, 0);
+    LProcessInterfaceVoid progress;
+    EXPECT_EQ(Process(progress, pump), PROCESS_FAILED);
 }
 
 TEST_F(WaveFileTest, PassesOverChunksBeforeTheData) {

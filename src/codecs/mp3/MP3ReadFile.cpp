@@ -59,6 +59,6 @@ bool MP3ReadFile::Fill() {
     bufferFill_ = 0;
     const std::int64_t want = std::min<std::int64_t>(buffer_.size(), GetAudioEnd() - bufferOffset_);
     if (!file_.IsOpen() || want <= 0) return false;
-    bufferFill_ = static_cast<int>(ReadFileAt(file_, bufferOffset_, buffer_.data(), want));
+    bufferFill_ = static_cast<int>(ReadFileAt(file_, bufferOffset_, buffer_.data(), want, failed_));
     return bufferFill_ > 0;
 }

@@ -29,6 +29,8 @@ public:
     std::int64_t GetStartOffset() const { return startOffset_; }
     std::int64_t GetFileSize() const { return fileSize_; }
     std::int64_t GetAudioEnd() const { return startOffset_ + audioLength_; }
+    // Whether a read failed (an error of the disk, not the end of the file).
+    bool Failed() const { return failed_; }
 
 private:
     bool Fill();
@@ -40,5 +42,6 @@ private:
     std::int64_t bufferOffset_ = 0; // file offset of the first buffered byte
     int bufferPosition_ = 0;
     int bufferFill_ = 0;
+    bool failed_ = false;
     std::array<std::uint8_t, 32768> buffer_{};
 };
