@@ -2,13 +2,19 @@
 
 #include "platform/AtomicFile.h"
 #include "platform/File.h"
+#include "platform/Log.h"
 #include "platform/Settings.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <chrono>
+#include <thread>
 #include <vector>
 
 LProcessListThread<LProcessConvert, MainProcessNotify> thrConvertList;
@@ -18,6 +24,9 @@ namespace ProcessListFile {
 namespace {
 
 using Header = std::array<uint8_t, kHeaderSize>;
+
+// How often a queue waiting for another program's run looks again.
+constexpr int kRunRetryMs = 200;
 
 Header MakeHeader(uint16_t resumeCount, std::size_t recordSize) {
     const uint32_t size = static_cast<uint32_t>(recordSize);
@@ -122,6 +131,19 @@ bool DropHead(const char* path, std::size_t recordSize) {
 
 void Delete(const char* path) {
     unlink(path);
+}
+
+bool TakeRun(const char* path, LFile& held, const std::function<bool()>& stopped) {
+    const std::string lock = std::string(path) + ".lock";
+    held = LFile(open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode));
+    if (!held.IsOpen()) return !stopped();
+    for (bool told = false; flock(held.GetFd(), LOCK_EX | LOCK_NB) != 0; told = true) {
+        if (errno != EWOULDBLOCK && errno != EINTR) return !stopped();
+        if (stopped()) return false;
+        if (!told) LOG("Another program is working through the queue %s; waiting for it", path);
+        std::this_thread::sleep_for(std::chrono::milliseconds(kRunRetryMs));
+    }
+    return true;
 }
 
 } // namespace ProcessListFile

@@ -2,6 +2,7 @@
 
 #include "app/MainNotify.h"
 #include "jobs/Thread.h"
+#include "platform/File.h"
 #include "restore/ConvertJob.h"
 
 #include <atomic>
@@ -49,6 +50,13 @@ std::size_t ReadHead(const char* path, void* record, std::size_t recordSize);
 // False, with the list as it was, when the file could not be rewritten.
 bool DropHead(const char* path, std::size_t recordSize);
 void Delete(const char* path);
+
+// Takes the right to work through the list, held while `held` stays open: one program at a time
+// runs a queue (the desktop program and `vinora-cli queue run` share it), or two would convert
+// the same request into one file and each drop a head. Waits while another program holds it,
+// asking `stopped` between tries; false when stopped first. A lock that cannot be made at all
+// (a read-only folder) does not hold the queue up: the list itself then cannot change either.
+bool TakeRun(const char* path, LFile& held, const std::function<bool()>& stopped);
 
 } // namespace ProcessListFile
 
@@ -104,7 +112,15 @@ protected:
     void ThreadFunction() override {
         requestsFinished_ = 0;
         bool listEnded = false;
-        while (!this->IsToStop()) {
+        std::string path;
+        {
+            std::lock_guard guard(mutex_);
+            path = path_;
+        }
+        LFile run;
+        const bool mine =
+            ProcessListFile::TakeRun(path.c_str(), run, [this] { return this->IsToStop(); });
+        while (mine && !this->IsToStop()) {
             Record record;
             {
                 std::lock_guard guard(mutex_);

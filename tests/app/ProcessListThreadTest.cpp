@@ -3,12 +3,15 @@
 #include "app/ProcessListThread.h"
 
 #include "jobs/PlainMainQueue.h"
+#include "platform/File.h"
 #include "platform/Settings.h"
 #include "support/TempHome.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -126,6 +129,35 @@ TEST_F(ProcessListThreadTest, AddWritesTheHeaderOnceAndRunsInOrder) {
     list.Add(Record("three"));
     Wait(list);
     EXPECT_EQ(gRan.back(), "three");
+}
+
+// Another program running the queue (a command-line run beside the desktop program) holds it:
+// the head is converted by one of them only, and a stop while waiting keeps the list.
+TEST_F(ProcessListThreadTest, WaitsWhileAnotherProgramRunsTheQueue) {
+    const std::string lock = path_.string() + ".lock";
+    auto holdRun = [&] {
+        LFile other(open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+        EXPECT_EQ(flock(other.GetFd(), LOCK_EX | LOCK_NB), 0);
+        return other;
+    };
+    TestList list;
+    list.SetListFilePath(path_.c_str(), STOP_KEEP_LIST, true);
+    gAllowed = 1000;
+    {
+        const LFile other = holdRun();
+        list.Add(Record("one"));
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        EXPECT_EQ(gStarted, 0);
+        EXPECT_EQ(Bytes(path_).size(), 8 + kRecord);
+    }
+    Wait(list);
+    EXPECT_EQ(gRan, (std::vector<std::string>{"one"}));
+
+    const LFile other = holdRun();
+    list.Add(Record("two"));
+    list.StopThreadNow();
+    EXPECT_EQ(gStarted, 1);
+    EXPECT_EQ(Bytes(path_).size(), 8 + kRecord);
 }
 
 TEST_F(ProcessListThreadTest, ResumesALeftListAndKeepsTheStoppedRequest) {
