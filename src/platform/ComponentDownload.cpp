@@ -64,6 +64,9 @@ int ProcessDownloadComponent(LProcessInterface& pi, const char* host, const char
     const std::string url = std::string("http://") + host + kRemoteFolder + fileName;
     char partial[kPathBufferSize];
     _MakeFilePath(partial, folder, (std::string(".") + fileName + ".download").c_str());
+    // The hidden name is the program's own: what an earlier try left there (a link included)
+    // goes first, so the download never writes through it.
+    unlink(partial);
     int result = ProcessHTTPDownloadFile(pi, url.c_str(), partial, false);
     if (result == PROCESS_DONE && (chmod(partial, 0755) != 0 || std::rename(partial, localPath) != 0))
         result = PROCESS_FAILED;
