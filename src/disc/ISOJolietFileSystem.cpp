@@ -261,7 +261,7 @@ void LISOJolietFileSystem::WriteDescriptor(LBufferVector& system, uint32_t descr
     for (const size_t field : {702u, 739u, 776u})
         Spaces(d + field, 37, joliet_);
     const std::tm local = LImageClockTime(now);
-    char date[20];
+    char date[64];
     std::snprintf(date, sizeof date, "%.4d%.2d%.2d%.2d%.2d%.2d00", local.tm_year + 1900,
                   local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
     std::memcpy(d + 813, date, 16);

@@ -59,7 +59,7 @@ std::string LISOName(const std::string& name, bool folder) {
     std::string extension;
     SplitFileName(name, base, extension);
     base = LCopyToISO9660(base, 8, false);
-    if (base.empty()) base = "_";
+    if (base.empty()) base.push_back('_');
     if (extension.empty()) return base;
     const std::string kept = LCopyToISO9660(extension.substr(1), 3, false);
     if (kept.empty()) return base + "_.";

@@ -309,7 +309,8 @@ void LGetPartialOutputPath(char* out, const char* destination) {
     if (folder[0] == 0 && destination[0] == '/') std::snprintf(folder, sizeof folder, "/");
     _GetFileNameFromPath(name, destination);
     _GetFileExtensionFromPath(ext, destination);
-    const std::string hidden = "." + std::string(name) + ".partial";
+    std::string hidden = ".";
+    hidden.append(name).append(".partial");
     _MakeFilePath(out, folder, hidden.c_str(), ext);
 }
 
