@@ -3,6 +3,7 @@
 #include "platform/Settings.h"
 #include "ui/DesktopTest.h"
 #include "ui/EncoderSettingsDialogs.h"
+#include "ui/DesktopWindows.h"
 #include "ui/MainWindow.h"
 #include "ui/PlayAndSplitWindow.h"
 #include "ui/PreferencesDialog.h"
@@ -84,7 +85,10 @@ TEST_F(Screenshots, MainWindowAndProgress) {
     Recordings({{"Side A 01 - Blue Moon.wav", 4}, {"Side A 02 - Night Train.wav", 6},
                 {"Side A 03 - Harbour Lights.mp3", 5}, {"Side B 01 - Old Friends.mp3", 3},
                 {"Side B 02 - Last Waltz.wav", 7}});
-    LMainWindow window{LMainDialogWindows{}};
+    // The desktop program's windows, so that the toolbar shows its commands enabled.
+    LMainWindow* shown = nullptr;
+    LMainWindow window{LDesktopWindows(&shown)};
+    shown = &window;
     window.resize(900, 480);
     window.Dialog().LoadSavedAudioFiles();
     window.show();
