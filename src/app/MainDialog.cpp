@@ -368,9 +368,7 @@ bool MainDialog::AddFileToList(const char* path, bool copyToOutputFolder, bool s
     if (copyToOutputFolder && strcasecmp(target.c_str(), path) != 0) {
         // Another file of that name in the output folder (one whose row was removed without
         // deleting it, one put there since the list was loaded) is never replaced.
-        struct stat existing;
-        const bool taken =
-            lstat(target.c_str(), &existing) == 0 && !IsSameFile(path, target.c_str());
+        const bool taken = IsNameTaken(target.c_str()) && !IsSameFile(path, target.c_str());
         if (taken || !CopyFile(path, target.c_str())) {
             LOG("Copying of file %s to %s has failed", path, target.c_str());
             return false;
@@ -539,8 +537,7 @@ void MainDialog::CmCopyTo() {
         const std::string name = FileOf(path);
         const std::string target = Join(folder, name);
         // Anything with the name is asked about, a link to nothing included.
-        struct stat existing;
-        if (lstat(target.c_str(), &existing) == 0 &&
+        if (IsNameTaken(target.c_str()) &&
             Ask(Printf("File \"%s\" already exist in folder \"%s\"! Do you want to overwrite it?",
                        name.c_str(), folder.c_str()),
                 "Confirm Overwrite", LMessageButtons::YesNo) == LMessageAnswer::No)

@@ -4,6 +4,7 @@
 
 #include "codecs/WaveFile.h"
 #include "devices/SoundDevices.h"
+#include "platform/FileOps.h"
 #include "record/SoundRecordDevice.h"
 #include "record/SoundRecorder.h"
 
@@ -14,7 +15,6 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -129,8 +129,7 @@ int CliCapture(const CliArgs& args) {
     // The recording goes straight into OUT, so that it can be watched as it grows and a
     // capture that is killed still leaves what it recorded. OUT must therefore be new: a file
     // (or a link) already there is never cut short, nor removed when nothing is recorded.
-    struct stat existing;
-    if (lstat(options.path.c_str(), &existing) == 0) {
+    if (IsNameTaken(options.path.c_str())) {
         std::fprintf(stderr,
                      "vinora-cli capture: %s: the file exists already and is not replaced\n",
                      options.path.c_str());

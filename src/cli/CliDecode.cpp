@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -78,8 +77,7 @@ int CliDecode(const CliArgs& args) {
     }
 
     // Something already there, even a dangling link, is never replaced.
-    struct stat existing;
-    if (lstat(options.out.c_str(), &existing) == 0) {
+    if (IsNameTaken(options.out.c_str())) {
         std::fprintf(stderr, "vinora-cli decode: %s: the file exists already and is not replaced\n",
                      options.out.c_str());
         return 2;

@@ -135,6 +135,11 @@ bool GetTempFile(const char* folder, char* out, const char* ext) {
     return true;
 }
 
+bool IsNameTaken(const char* path) {
+    struct stat info;
+    return lstat(path, &info) == 0;
+}
+
 bool IsSameFile(const char* a, const char* b) {
     return std::strcmp(a, b) == 0 || SameFile(a, b);
 }

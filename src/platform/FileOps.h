@@ -35,6 +35,9 @@ bool SyncFile(const char* path);
 // case on a file system that ignores case, a link). Names that differ only in case are two files
 // on a file system that tells case apart.
 bool IsSameFile(const char* a, const char* b);
+// Whether anything has the name, a link to nothing included: the name is taken, and whatever
+// has it is never replaced.
+bool IsNameTaken(const char* path);
 // Whether a file can be created in the folder (tries with a file "__wt" and removes it).
 bool TestFolderWritable(const char* folder);
 // Creates a new empty file with a unique name "0XXXXXX" + ext in the folder (ext with its dot,

@@ -29,12 +29,6 @@
 
 namespace {
 
-// Whether anything has the name, a link to nothing included.
-bool Exists(const char* path) {
-    struct stat status;
-    return lstat(path, &status) == 0;
-}
-
 // A regular file that holds something.
 bool IsWrittenFile(const char* path) {
     struct stat status;
@@ -103,7 +97,7 @@ void CopyIntoFolder(const char* file, const char* folder) {
     _GetFileExtensionFromPath(ext, file);
     char target[kPathBufferSize];
     _MakeFilePath(target, folder, fileName);
-    for (int n = 0; Exists(target); ++n) {
+    for (int n = 0; IsNameTaken(target); ++n) {
         const std::string numbered = std::string(name) + " - " + std::to_string(n);
         _MakeFilePath(target, folder, numbered.c_str(), ext);
     }
@@ -167,7 +161,7 @@ LProcessResult WriteOutput(LProcessInterface& progress, LProcessConvert& job, LS
 bool RenameWithoutReplacing(const char* from, const char* to) {
     if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
     if (errno != EINVAL && errno != ENOSYS) return false;
-    if (Exists(to)) {
+    if (IsNameTaken(to)) {
         errno = EEXIST;
         return false;
     }
@@ -223,7 +217,7 @@ bool FinishOutput(LProcessConvert& job, const char* writePath, bool inPlace) {
     } else {
         unlink(writePath);
         const bool placed = PlaceAtFreeName(job, [&](const char* to) {
-            if (Exists(to)) {
+            if (IsNameTaken(to)) {
                 errno = EEXIST;
                 return false;
             }
@@ -321,7 +315,7 @@ namespace {
 void KeepFailedRecording(const LProcessConvert& job) {
     if (!job.deleteSource || std::strncmp(job.sourcePath, kTemporaryRecordingFolder,
                                           std::strlen(kTemporaryRecordingFolder)) != 0 ||
-        !Exists(job.sourcePath))
+        !IsNameTaken(job.sourcePath))
         return;
     char name[kPathBufferSize], kept[kPathBufferSize];
     _GetFileNameFromPath(name, job.destinationPath[0] ? job.destinationPath : job.sourcePath);

@@ -5,7 +5,6 @@
 #include "platform/Log.h"
 #include "platform/Paths.h"
 
-#include <sys/stat.h>
 
 #include <string>
 
@@ -24,9 +23,7 @@ bool LRecoverRecording(const char* recording, const char* outputFolder, const ch
         return false;
     }
     _MakeFilePath(kept, folder, name, ".wav");
-    // Anything with the name is kept, a link to nothing included.
-    struct stat status;
-    for (int n = 2; lstat(kept, &status) == 0; ++n)
+    for (int n = 2; IsNameTaken(kept); ++n)
         _MakeFilePath(kept, folder, (std::string(name) + " (" + std::to_string(n) + ")").c_str(),
                       ".wav");
     if (!MoveFile(recording, kept)) {
